@@ -1,0 +1,26 @@
+# Turns the two public keys of the folder INSTALLER_KEYS, hex text of 32 bytes each, into a source file.
+function(read_public_key file variable)
+  set(path "${INSTALLER_KEYS}/${file}")
+  if(NOT EXISTS "${path}")
+    message(FATAL_ERROR "INSTALLER_KEYS: there is no ${path}")
+  endif()
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${path}")
+  file(STRINGS "${path}" text)
+  string(LENGTH "${text}" length)
+  if(NOT length EQUAL 64 OR NOT text MATCHES "^[0-9a-fA-F]+$")
+    message(FATAL_ERROR "INSTALLER_KEYS: ${path} has to hold 64 hex digits in one line")
+  endif()
+  string(REGEX REPLACE "(..)" "std::byte{0x\\1}, " bytes "${text}")
+  set(${variable} "${bytes}" PARENT_SCOPE)
+endfunction()
+
+read_public_key(ed25519.pub ED25519_PUBLIC_KEY_BYTES)
+read_public_key(kcdsa.pub KCDSA_PUBLIC_KEY_BYTES)
+configure_file(src/package/trusted_keys.cpp.in trusted_keys.cpp @ONLY)
+
+file(READ "${PROJECT_SOURCE_DIR}/keys/development/ed25519.pub" development_key)
+file(READ "${INSTALLER_KEYS}/ed25519.pub" configured_key)
+if(configured_key STREQUAL development_key)
+  message(WARNING "This build trusts the development keys, whose private halves are public. It must not "
+                  "ship: configure with -DINSTALLER_KEYS=<folder> to build with keys of your own.")
+endif()

@@ -1,0 +1,19 @@
+#include "apply/directory_path.h"
+
+#include <cerrno>
+
+#include <libgen.h>
+#include <sys/stat.h>
+
+std::string parentPath(const std::string& path) {
+    std::string copy = path;
+    while (copy.ends_with('/')) copy.pop_back();
+    return ::dirname(copy.data());
+}
+
+void makeDirs(const std::string& path) {
+    if (::mkdir(path.c_str(), 0777) == 0 || errno == EEXIST) return;
+    // Ends at "/" or ".", which exist.
+    makeDirs(parentPath(path));
+    (void)::mkdir(path.c_str(), 0777);
+}

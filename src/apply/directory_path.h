@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+/// The directory part of a path, as the system's dirname gives it once trailing slashes are gone: the
+/// parent of "/flash/a/" is "/flash". The parent of "/" and of a bare name is ".".
+std::string parentPath(const std::string& path);
+
+/// Makes a directory and whichever of its parents are missing. A failure shows in what is not there.
+void makeDirs(const std::string& path);

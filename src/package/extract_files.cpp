@@ -1,0 +1,132 @@
+#include "package/extract_files.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <sys/stat.h>
+
+#include "apply/change_journal.h"
+#include "console/reporter.h"
+#include "package/bytes.h"
+#include "package/file_record.h"
+#include "package/inflate_stream.h"
+#include "package/part_reader.h"
+
+namespace {
+
+struct RecordHead {
+    std::uint32_t mode;
+    bool isSkipped;  ///< nothing is written for it, whatever its type
+    std::uint32_t dataLength;
+    std::uint16_t nameLength;
+};
+
+/// Nothing at the end of the records, in order or not.
+std::optional<RecordHead> readHead(InflateStream& records) {
+    std::array<std::byte, RECORD_HEAD_SIZE> head;
+    if (!readExactly(records, head)) return std::nullopt;
+    const std::span bytes(head);
+    return RecordHead{.mode = loadU16(bytes.first<2>()),
+                      .isSkipped = bytes[RECORD_SKIP_OFFSET] != std::byte{0},
+                      .dataLength = loadU32(bytes.subspan<RECORD_DATA_LENGTH_OFFSET, 4>()),
+                      .nameLength = loadU16(bytes.subspan<RECORD_NAME_LENGTH_OFFSET, 2>())};
+}
+
+std::string relativePath(const InstalledPackage& package, std::string_view name) {
+    std::string path;
+    if (package.disabled) path += "/x/" + package.name;
+    if (!name.starts_with('/')) path += '/';
+    return path.append(name);
+}
+
+/// Whether a record of this name can be a file below the tree that it is staged in.
+bool isUsableName(std::string_view name) {
+    if (name.empty() || name.ends_with('/')) return false;
+    while (!name.empty()) {
+        const auto component = name.substr(0, name.find('/'));
+        if (component == "..") return false;
+        name.remove_prefix(std::min(name.size(), component.size() + 1));
+    }
+    return true;
+}
+
+enum class CopyResult { Done, SourceEnded, WriteFailed };
+
+CopyResult copyData(InflateStream& records, std::ofstream& file, std::uint32_t length) {
+    std::array<char, 16384> piece;
+    while (length != 0) {
+        const auto wanted = std::min<std::uint32_t>(length, piece.size());
+        if (!records.read(piece.data(), wanted)) return CopyResult::SourceEnded;
+        if (!file.write(piece.data(), wanted)) return CopyResult::WriteFailed;
+        length -= wanted;
+    }
+    file.close();
+    return file ? CopyResult::Done : CopyResult::WriteFailed;
+}
+
+/// The extraction of one part.
+class Extraction {
+public:
+    Extraction(InstalledPackage& package, ChangeJournal& journal, PartReader& reader, Reporter& reporter)
+        : package_(package),
+          journal_(journal),
+          reader_(reader),
+          reporter_(reporter),
+          records_(*reader.rdbuf()) {}
+
+    bool run() {
+        while (const auto head = readHead(records_))
+            if (!takeRecord(*head)) return false;
+        return true;
+    }
+
+private:
+    bool takeRecord(const RecordHead& head) {
+        name_.resize(head.nameLength);
+        if (!records_.read(name_.data(), head.nameLength)) {
+            reporter_.reportBrokenPackage(package_);
+            return false;
+        }
+        if (S_ISREG(head.mode) && !head.isSkipped) return stageRecord(head);
+        records_.seekg(head.dataLength, std::ios_base::cur);
+        return true;
+    }
+
+    bool stageRecord(const RecordHead& head) {
+        const std::string name(untilNul(name_));
+        if (!isUsableName(name)) {
+            reporter_.reportBrokenPackage(package_);
+            return false;
+        }
+        const std::string target = "/flash" + relativePath(package_, name);
+        std::ofstream file = journal_.stageFile(target, head.dataLength, head.mode);
+        if (!file.is_open()) {
+            reporter_.reportFileFailure(package_, name);
+            return false;
+        }
+        package_.files.insert(target);
+        switch (copyData(records_, file, head.dataLength)) {
+            case CopyResult::SourceEnded: reporter_.reportBrokenPackage(package_); return false;
+            case CopyResult::WriteFailed: reporter_.reportFileFailure(package_, name); return false;
+            case CopyResult::Done: break;
+        }
+        reporter_.showProgress(package_, reader_);
+        return true;
+    }
+
+    InstalledPackage& package_;
+    ChangeJournal& journal_;
+    PartReader& reader_;
+    Reporter& reporter_;
+    InflateStream records_;
+    std::string name_;  // of the record at hand, as it comes
+};
+
+}  // namespace
+
+bool extractFiles(InstalledPackage& package, ChangeJournal& journal, PartReader& reader, Reporter& reporter) {
+    return Extraction(package, journal, reader, reporter).run();
+}

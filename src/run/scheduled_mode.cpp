@@ -1,0 +1,3 @@
+#include "run/scheduled_mode.h"
+
+int runScheduledMode(PackageDb& /*db*/, const RunOptions& /*options*/) { return 0; }
