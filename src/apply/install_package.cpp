@@ -100,20 +100,16 @@ private:
     }
 
     std::optional<std::string> confirmInstalled() {
-        const bool countsAsInstalled = (context_.flags & allowSameVersion) != 0;
-        const bool replacesBootImage =
-            countsAsInstalled && (db_.find(package_->name)->flags & PKG_FLAG_BOOT) != 0;
-        if (imageTarget_.isStream && replacesBootImage) imageTarget_.directory = package_->directory();
         // What is going to replace a good image has to be good itself, and read to its end.
         const bool replacesImage =
             imageTarget_.isStream ? !imageTarget_.directory.empty() : package_->hasImage;
         if (replacesImage && !isRestSound()) return broken();
-        if (countsAsInstalled) {
+        if ((context_.flags & allowSameVersion) != 0) {
             db_.setStatus(std::string(78, ' '));
             db_.setStatus("");
             db_.info("installed %s%s", package_->disabled ? "(disabled) " : "",
                      nameVersion(*package_).c_str());
-            imageTarget_.bootImage = replacesBootImage;
+            imageTarget_.bootImage = (db_.find(package_->name)->flags & PKG_FLAG_BOOT) != 0;
         }
         return package_->name;
     }
