@@ -46,11 +46,13 @@ struct Pipe : std::stringbuf {
 struct Passage {
     bool hashing, tee, seekable;
 };
-constexpr Passage PASSAGES[] = {{false, false, true}, {false, false, false}, {true, false, true}, {true, true, false}};
+constexpr Passage PASSAGES[] = {
+    {false, false, true}, {false, false, false}, {true, false, true}, {true, true, false}};
 
 struct PartReaderTest : testing::TestWithParam<Passage> {
     PartReader& read(const std::string& bytes, std::initializer_list<PartId> wanted) {
-        source = GetParam().seekable ? std::make_unique<std::stringbuf>(bytes) : std::make_unique<Pipe>(bytes);
+        source =
+            GetParam().seekable ? std::make_unique<std::stringbuf>(bytes) : std::make_unique<Pipe>(bytes);
         copy.str("");
         reader = std::make_unique<PartReader>(*source, GetParam().hashing, GetParam().tee ? &copy : nullptr);
         reader->want(wanted);
@@ -66,7 +68,8 @@ INSTANTIATE_TEST_SUITE_P(, PartReaderTest, testing::ValuesIn(PASSAGES));
 
 TEST_P(PartReaderTest, HandsOutWantedPartsAndSkipsTheRest) {
     const std::string big(50000, 'x');
-    const std::string bytes = container({{7777, big}, {23, "note"}, {0xFFFF, "odd"}, {16, ""}, {2, big}, {23, "two"}});
+    const std::string bytes =
+        container({{7777, big}, {23, "note"}, {0xFFFF, "odd"}, {16, ""}, {2, big}, {23, "two"}});
     PartReader& in = read(bytes, {23, 16, 23});
     EXPECT_EQ(in.magic(), PACKAGE_MAGIC);
     EXPECT_EQ(in.packageLength(), bytes.size());

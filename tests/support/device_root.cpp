@@ -113,7 +113,7 @@ std::string standing(std::string line) {
 
 }  // namespace
 
-Lines Run::lines() const {
+Lines Outcome::lines() const {
     Lines lines;
     std::string_view rest = out;
     for (auto end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
@@ -124,7 +124,7 @@ Lines Run::lines() const {
 }
 
 DeviceRoot::DeviceRoot(unsigned flashSize, unsigned ramSize) {
-    enterPrivateNamespace();
+    (void)hostRoot();
     (void)developmentKeys();  // while their files are in reach
     std::string path = "/tmp/device-XXXXXX";
     require(::mkdtemp(path.data()) != nullptr, "mkdtemp");
@@ -146,7 +146,7 @@ DeviceRoot::~DeviceRoot() {
     (void)::rmdir(path_.c_str());
 }
 
-Run DeviceRoot::run(const Lines& arguments, std::string_view input) const {
+Outcome DeviceRoot::run(const Lines& arguments, std::string_view input) const {
     Pipe in;
     Pipe out;
     Pipe err;
@@ -154,7 +154,7 @@ Run DeviceRoot::run(const Lines& arguments, std::string_view input) const {
     require(child >= 0, "fork");
     if (child == 0) execute(arguments, environment, in, out, err);
     for (UniqueFd* end : {&in.reading, &out.writing, &err.writing}) closeEnd(*end);
-    Run run;
+    Outcome run;
     exchange(in, input, out, run.out, err, run.err);
     int status = 0;
     require(::waitpid(child, &status, 0) == child, "waitpid");
@@ -163,7 +163,7 @@ Run DeviceRoot::run(const Lines& arguments, std::string_view input) const {
 }
 
 void DeviceRoot::install(const PackageBuilder& package) const {
-    const Run result = run({"-"}, package.bytes());
+    const Outcome result = run({"-"}, package.bytes());
     ASSERT_EQ(result.code, 0) << result.out << result.err;
 }
 

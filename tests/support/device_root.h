@@ -14,7 +14,7 @@ using Lines = std::vector<std::string>;
 using Tree = std::map<std::string, std::string>;
 
 /// What a run of the program gave.
-struct Run {
+struct Outcome {
     int code = -1;        ///< exit code; -1 if a signal ended it
     std::string out;      ///< standard output, byte for byte
     std::string err;      ///< standard error
@@ -33,7 +33,7 @@ public:
     ~DeviceRoot();
 
     /// Runs the installer with the arguments, and with the bytes on a pipe as its standard input.
-    Run run(const Lines& arguments, std::string_view input = {}) const;
+    Outcome run(const Lines& arguments, std::string_view input = {}) const;
 
     /// run({"-"}) on a package, which has to go through.
     void install(const PackageBuilder& package) const;

@@ -23,12 +23,9 @@ namespace {
 
 void mapRoot(const char* file, unsigned id) { std::ofstream(file) << "0 " << id << " 1"; }
 
-}  // namespace
-
+/// Lets this process make mounts of its own: gives it a private mount namespace, and a user namespace if it
+/// does not run as root.
 void enterPrivateNamespace() {
-    static bool isDone = false;
-    if (std::exchange(isDone, true)) return;
-    (void)hostRoot();
     const uid_t uid = ::geteuid();
     const gid_t gid = ::getegid();
     if (::unshare(CLONE_NEWNS | (uid == 0 ? 0 : CLONE_NEWUSER)) != 0) giveUp("unshare");
@@ -40,8 +37,11 @@ void enterPrivateNamespace() {
     if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) giveUp("mount");
 }
 
+}  // namespace
+
 int hostRoot() {
-    static const int root = ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC);
+    // Opened in the new namespace: no mount can be made below a root of the old one.
+    static const int root = (enterPrivateNamespace(), ::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
     return root;
 }
 
