@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <unistd.h>
@@ -19,20 +20,23 @@ void removeTemporaryFile(const ChangeOp& op) {
     if (op.kind == OpKind::Staged) (void)::unlink(op.arg.c_str());  // gone already is as good
 }
 
+}  // namespace
+
 /// Where the temporary file of a target goes: beside it if there is room, so that the commit can rename.
-std::string stagingDirectory(const std::string& target, std::uint32_t sizeHint) {
+std::string ChangeJournal::stagingDirectory(const std::string& target, std::uint32_t sizeHint) {
     if (sizeHint == 0) return fileExists("/ram") ? "/ram" : "/tmp";
-    std::string directory = parentPath(target);
+    if (std::string parent = parentPath(target); parent != stagedParent_) {
+        existingParent_ = parent;
+        stagedParent_ = std::move(parent);
+    }
     struct statfs status;
-    while (::statfs(directory.c_str(), &status) != 0) {
-        if (directory == "/" || directory == ".") return "/ram";
-        directory = parentPath(directory);
+    while (::statfs(existingParent_.c_str(), &status) != 0) {
+        if (existingParent_ == "/" || existingParent_ == ".") return "/ram";
+        existingParent_ = parentPath(existingParent_);
     }
     const std::uint64_t free = std::uint64_t(status.f_bfree) * static_cast<std::uint64_t>(status.f_bsize);
-    return free > sizeHint + STAGING_RESERVE ? directory : "/ram";
+    return free > sizeHint + STAGING_RESERVE ? existingParent_ : "/ram";
 }
-
-}  // namespace
 
 ChangeJournal::~ChangeJournal() {
     if (ownsTemporaryFiles_) cancel();
@@ -63,24 +67,16 @@ void ChangeJournal::addMove(const std::string& source, const std::string& target
     setOp(target, {OpKind::Move, source});
 }
 
-void ChangeJournal::addLink(const std::string& text, const std::string& target) {
-    setOp(target, {OpKind::Link, text});
-}
+void ChangeJournal::addLink(const std::string& text, const std::string& target) { setOp(target, {OpKind::Link, text}); }
 
-std::ofstream ChangeJournal::stageFile(const std::string& target, std::uint32_t sizeHint,
-                                       std::uint32_t mode) {
+StagedFile ChangeJournal::stageFile(const std::string& target, std::uint32_t sizeHint, std::uint32_t mode) {
     std::string name = stagingDirectory(target, sizeHint) + "/tmpXXXXXX";
-    const UniqueFd file(::mkstemp(name.data()));
+    UniqueFd file(::mkostemp(name.data(), O_CLOEXEC));
     const int failure = errno;
     if (file && mode != 0) (void)::fchmod(file.get(), mode);
-    setOp(target, {OpKind::Staged, name});
-
-    std::ofstream stream;
-    if (file)
-        stream.open(name);
-    else
-        errno = failure;
-    return stream;
+    setOp(target, {OpKind::Staged, std::move(name)});
+    if (!file) errno = failure;
+    return StagedFile(std::move(file));
 }
 
 void ChangeJournal::cancel() {

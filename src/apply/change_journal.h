@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
 #include <map>
 #include <string>
+
+#include "apply/staged_file.h"
 
 enum class OpKind : std::uint32_t {
     Move = 0,    ///< rename `arg` onto the target; a cancel leaves the source alone
@@ -57,7 +58,7 @@ public:
     ///
     /// Returns the stream to fill, to be closed before commit() or writeManifest(). On failure the stream
     /// is not open, errno tells why, and the change stays noted so that cancel() clears up.
-    std::ofstream stageFile(const std::string& target, std::uint32_t sizeHint, std::uint32_t mode);
+    StagedFile stageFile(const std::string& target, std::uint32_t sizeHint, std::uint32_t mode);
 
     /// Stages an empty file, whose presence tells something to the rest of the system.
     void stageMarker(const std::string& target) { stageFile(target, 1, 0); }
@@ -92,10 +93,16 @@ public:
     const ChangeOp* find(const std::string& target) const;
 
 private:
+    std::string stagingDirectory(const std::string& target, std::uint32_t sizeHint);
     void applyRemovalsAndLinks() const;
     void applyRenames();
     void applyCopies(bool spinner) const;
 
     Ops ops_;
     bool ownsTemporaryFiles_ = true;
+
+    // The parent of the last staged target, and the deepest directory on the way there that exists. It stays
+    // true, as directories only come with the commit, and neighbours mostly share their parent.
+    std::string stagedParent_;
+    std::string existingParent_;
 };

@@ -68,8 +68,7 @@ bool writePiece(int fd, const char* piece, std::size_t length) {
 void copyFile(const std::string& source, const std::string& target, bool spinner) {
     struct stat status;
     if (::stat(source.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
-    const UniqueFd to(
-        ::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, status.st_mode & 0xFFF));
+    const UniqueFd to(::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, status.st_mode & 0xFFF));
     const UniqueFd from(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
     if (!to || !from) return;
 

@@ -64,8 +64,7 @@ private:
     /// Whether the stream has to be kept, since nothing else on flash will describe the package or hold its
     /// contents.
     bool isStreamKept() const {
-        return imageTarget_.isStream &&
-               (package_->hasImage || hasFlag(PKG_FLAG_NO_METADATA) || becomesBootImage());
+        return imageTarget_.isStream && (package_->hasImage || hasFlag(PKG_FLAG_NO_METADATA) || becomesBootImage());
     }
 
     /// The configuration of a main system before version 7 has to be converted at the next start.
@@ -76,11 +75,9 @@ private:
     /// Sets the state that the package is to have, and tells what stands against it.
     InstallFlags judge() {
         // Nothing is said of a member, which may stay as it is, nor of a conflict, which only disables.
-        const InstallFlags waived =
-            bundleEntry_ != nullptr ? ~InstallFlags{0} : context_.flags | EligibleConflict;
+        const InstallFlags waived = bundleEntry_ != nullptr ? ~InstallFlags{0} : context_.flags | EligibleConflict;
         const InstallFlags standing = checkInstallEligibility(db_, *package_, waived);
-        if (const auto carried = context_.carriedStates.find(package_->name);
-            carried != context_.carriedStates.end()) {
+        if (const auto carried = context_.carriedStates.find(package_->name); carried != context_.carriedStates.end()) {
             package_->disabled = carried->second;
             package_->user = true;
         }
@@ -101,14 +98,12 @@ private:
 
     std::optional<std::string> confirmInstalled() {
         // What is going to replace a good image has to be good itself, and read to its end.
-        const bool replacesImage =
-            imageTarget_.isStream ? !imageTarget_.directory.empty() : package_->hasImage;
+        const bool replacesImage = imageTarget_.isStream ? !imageTarget_.directory.empty() : package_->hasImage;
         if (replacesImage && !isRestSound()) return broken();
         if ((context_.flags & allowSameVersion) != 0) {
             db_.setStatus(std::string(78, ' '));
             db_.setStatus("");
-            db_.info("installed %s%s", package_->disabled ? "(disabled) " : "",
-                     nameVersion(*package_).c_str());
+            db_.info("installed %s%s", package_->disabled ? "(disabled) " : "", nameVersion(*package_).c_str());
             imageTarget_.bootImage = (db_.find(package_->name)->flags & PKG_FLAG_BOOT) != 0;
         }
         return package_->name;

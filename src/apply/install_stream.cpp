@@ -22,11 +22,7 @@ std::unique_ptr<InstalledPackage> conflictNote(const std::string& name) {
 class BundleInstallation {
 public:
     BundleInstallation(const InstallContext& context, PartReader& reader, ImageTarget& imageTarget)
-        : context_(context),
-          db_(context.db),
-          journal_(context.journal),
-          reader_(reader),
-          imageTarget_(imageTarget) {}
+        : context_(context), db_(context.db), journal_(context.journal), reader_(reader), imageTarget_(imageTarget) {}
 
     InstallResult run() {
         imageTarget_.bootImage = false;
@@ -72,8 +68,7 @@ private:
         std::vector<PackageDependency> listed;
         (void)readDependencyList(reader_, listed);  // one cut off leaves a stream without members
         for (const PackageDependency& member : listed)
-            if (!context_.carriedStates.contains(member.name))
-                db_.packages.push_back(conflictNote(member.name));
+            if (!context_.carriedStates.contains(member.name)) db_.packages.push_back(conflictNote(member.name));
         reader_.nextPart();
     }
 
@@ -111,10 +106,8 @@ private:
 InstallResult installStream(const InstallContext& context, std::streambuf& stream, std::streambuf* copyTarget,
                             ImageTarget& imageTarget) {
     PartReader reader(stream, true, copyTarget);
-    reader.want({PART_PACKAGE_HEADER, PART_BUNDLE_HEADER, PART_BUNDLE_MEMBERS, PART_ARCHITECTURE,
-                 PART_DEPENDENCIES, PART_PROVIDES, PART_CONFLICTS, PART_IMAGE, PART_FILES, PART_SIGNATURE});
-    if (reader.nextPart() == PART_BUNDLE_HEADER)
-        return BundleInstallation(context, reader, imageTarget).run();
-    return installPackage(context, reader, nullptr, imageTarget) ? InstallResult::Installed
-                                                                 : InstallResult::Failed;
+    reader.want({PART_PACKAGE_HEADER, PART_BUNDLE_HEADER, PART_BUNDLE_MEMBERS, PART_ARCHITECTURE, PART_DEPENDENCIES,
+                 PART_PROVIDES, PART_CONFLICTS, PART_IMAGE, PART_FILES, PART_SIGNATURE});
+    if (reader.nextPart() == PART_BUNDLE_HEADER) return BundleInstallation(context, reader, imageTarget).run();
+    return installPackage(context, reader, nullptr, imageTarget) ? InstallResult::Installed : InstallResult::Failed;
 }

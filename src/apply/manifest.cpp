@@ -1,3 +1,4 @@
+#include <fstream>
 #include <optional>
 #include <string_view>
 

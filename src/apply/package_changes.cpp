@@ -9,9 +9,7 @@ namespace {
 constexpr const char* BOOT_IMAGE = "/flash/bootimage";
 
 /// Records hold paths both with and without the "/flash" in front; the journal knows a file by one only.
-std::string pathOnFlash(const std::string& entry) {
-    return entry.starts_with("/flash/") ? entry : "/flash" + entry;
-}
+std::string pathOnFlash(const std::string& entry) { return entry.starts_with("/flash/") ? entry : "/flash" + entry; }
 
 }  // namespace
 
@@ -44,8 +42,8 @@ void enablePackage(ChangeJournal& journal, InstalledPackage& package) {
     writeStateFiles(package, journal);
 }
 
-void enablePackages(ChangeJournal& journal, Reporter& reporter,
-                    const std::vector<InstalledPackage*>& packages, bool verbose) {
+void enablePackages(ChangeJournal& journal, Reporter& reporter, const std::vector<InstalledPackage*>& packages,
+                    bool verbose) {
     for (InstalledPackage* package : packages) {
         if (verbose) reporter.setStatus("enabling " + nameVersion(*package) + "...");
         enablePackage(journal, *package);

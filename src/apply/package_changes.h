@@ -21,8 +21,8 @@ void removePackage(ChangeJournal& journal, InstalledPackage& package);
 void enablePackage(ChangeJournal& journal, InstalledPackage& package);
 
 /// enablePackage() for each of the list in order; if `verbose`, the user hears of each.
-void enablePackages(ChangeJournal& journal, Reporter& reporter,
-                    const std::vector<InstalledPackage*>& packages, bool verbose);
+void enablePackages(ChangeJournal& journal, Reporter& reporter, const std::vector<InstalledPackage*>& packages,
+                    bool verbose);
 
 /// Stages the disabling of a package and marks its record so.
 void disablePackage(ChangeJournal& journal, InstalledPackage& package);

@@ -31,13 +31,13 @@ std::string dateText(std::uint32_t seconds) {
 void printPackageTable(const PackageDb& db) {
     using std::setw;
     std::cout << setw(NAME_WIDTH) << "Name"
-              << "    " << setw(VERSION_WIDTH) << "Version" << ' ' << setw(DATE_WIDTH) << "Built"
-              << setw(NOTE_WIDTH) << "Note" << '\n'
+              << "    " << setw(VERSION_WIDTH) << "Version" << ' ' << setw(DATE_WIDTH) << "Built" << setw(NOTE_WIDTH)
+              << "Note" << '\n'
               << std::string(RULE_WIDTH, '-') << '\n';
     for (const auto& package : db.packages)
         std::cout << setw(NAME_WIDTH) << package->name << ' ' << (package->disabled ? "X" : " ")
-                  << (package->isMember() ? "B " : "  ") << setw(VERSION_WIDTH)
-                  << version2string(package->version) << ' ' << setw(DATE_WIDTH)
-                  << dateText(package->buildTime) << ' ' << setw(NOTE_WIDTH) << package->note << '\n';
+                  << (package->isMember() ? "B " : "  ") << setw(VERSION_WIDTH) << version2string(package->version)
+                  << ' ' << setw(DATE_WIDTH) << dateText(package->buildTime) << ' ' << setw(NOTE_WIDTH) << package->note
+                  << '\n';
     std::cout << std::flush;
 }

@@ -82,8 +82,7 @@ void Reporter::showProgress(const InstalledPackage& package, PartReader& reader)
     text += " [";
     const std::size_t width = PROGRESS_WIDTH - std::min(PROGRESS_WIDTH, text.size());
     // A reader at the end of its stream has no place in a part: tellg() gives -1 there.
-    const std::uint32_t position =
-        reader.partOffset() + static_cast<std::uint32_t>(std::streamoff(reader.tellg()));
+    const std::uint32_t position = reader.partOffset() + static_cast<std::uint32_t>(std::streamoff(reader.tellg()));
     const std::size_t filled = filledCells(position, reader.packageLength(), width);
     text.append(filled, '#').append(width - filled, ' ').append("]");
     setStatus(text);
@@ -97,8 +96,7 @@ void Reporter::reportFileFailure(const InstalledPackage& package, const std::str
     else if (failure == EIO)
         error("installation of %s failed: disk error", name.c_str());
     else
-        error("installation of %s failed: could not create %s: %s", name.c_str(), path.c_str(),
-              std::strerror(failure));
+        error("installation of %s failed: could not create %s: %s", name.c_str(), path.c_str(), std::strerror(failure));
 }
 
 void Reporter::reportBrokenPackage(const InstalledPackage& package) {

@@ -15,9 +15,9 @@ bool readDependencyFile(const std::string& path, std::vector<PackageDependency>&
     return true;
 }
 
-bool writeDependencyFile(ChangeJournal& journal, const std::string& path,
-                         const std::vector<PackageDependency>& entries, bool withPriority) {
-    std::ofstream file = journal.stageFile(path, 1024, 0);
+bool writeDependencyFile(ChangeJournal& journal, const std::string& path, const std::vector<PackageDependency>& entries,
+                         bool withPriority) {
+    StagedFile file = journal.stageFile(path, 1024, 0);
     for (const PackageDependency& entry : entries) {
         file << entry.name << ' ' << entry.minVersion << ' ' << entry.maxVersion;
         if (withPriority) file << ' ' << entry.priority;

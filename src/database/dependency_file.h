@@ -13,8 +13,7 @@ class ChangeJournal;
 
 /// Appends the entries of a file. A missing file is an empty list. False at a malformed entry; those before
 /// it stay. A line end is a blank like any other here.
-[[nodiscard]] bool readDependencyFile(const std::string& path, std::vector<PackageDependency>& list,
-                                      bool withPriority);
+[[nodiscard]] bool readDependencyFile(const std::string& path, std::vector<PackageDependency>& list, bool withPriority);
 
 /// Stages a file with the entries. False, with errno set, if it could not be written.
 [[nodiscard]] bool writeDependencyFile(ChangeJournal& journal, const std::string& path,

@@ -33,8 +33,8 @@ void readMembers(PartReader& reader, const InstalledPackage& bundle, Records& pa
 /// Appends what a package image describes: the members of a bundle, then the package itself.
 void readImage(FileSource& image, std::unique_ptr<InstalledPackage> package, Records& packages) {
     PartReader reader(image, false, nullptr);
-    reader.want({PART_BUNDLE_HEADER, PART_PACKAGE_HEADER, PART_TEXT24, PART_NOTE, PART_DEPENDENCIES,
-                 PART_PROVIDES, PART_CONFLICTS});
+    reader.want({PART_BUNDLE_HEADER, PART_PACKAGE_HEADER, PART_TEXT24, PART_NOTE, PART_DEPENDENCIES, PART_PROVIDES,
+                 PART_CONFLICTS});
     const bool isBundle = reader.nextPart() == PART_BUNDLE_HEADER;
     // A record that cannot be read stays with what it has; without a version the meta files complete it.
     (void)parsePackageHeader(*package, reader);
@@ -82,8 +82,8 @@ bool PackageDb::loadImages(const std::string& imageRoot, bool flat) {
 }
 
 std::ptrdiff_t PackageDb::indexOf(std::string_view name) const {
-    const auto found = std::ranges::find(
-        packages, name, [](const auto& package) -> std::string_view { return package->name; });
+    const auto found =
+        std::ranges::find(packages, name, [](const auto& package) -> std::string_view { return package->name; });
     return found == packages.end() ? -1 : found - packages.begin();
 }
 

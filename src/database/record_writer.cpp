@@ -8,7 +8,7 @@
 namespace {
 
 bool writeVersionFile(const InstalledPackage& package, ChangeJournal& journal, const std::string& path) {
-    std::ofstream file = journal.stageFile(path, 32, 0);
+    StagedFile file = journal.stageFile(path, 32, 0);
     file << package.version << ' ' << package.buildTime << '\n';
     return static_cast<bool>(file.flush());
 }
@@ -18,7 +18,7 @@ bool writeBundleFile(const InstalledPackage& package, ChangeJournal& journal, co
         journal.removePath(path);
         return true;
     }
-    std::ofstream file = journal.stageFile(path, 16, 0);
+    StagedFile file = journal.stageFile(path, 16, 0);
     file << package.bundle.name << '\n';
     return static_cast<bool>(file.flush());
 }
@@ -26,7 +26,7 @@ bool writeBundleFile(const InstalledPackage& package, ChangeJournal& journal, co
 /// One line for each file. A bundle has none, and is known by that at the next load.
 bool writeFileList(const InstalledPackage& package, ChangeJournal& journal, const std::string& path) {
     if (package.isBundle) return true;
-    std::ofstream file = journal.stageFile(path, 4096, 0);
+    StagedFile file = journal.stageFile(path, 4096, 0);
     for (std::string_view entry : package.files) {
         if (entry.starts_with('/')) entry.remove_prefix(1);
         if (!entry.empty()) file << entry << '\n';
@@ -34,8 +34,8 @@ bool writeFileList(const InstalledPackage& package, ChangeJournal& journal, cons
     return static_cast<bool>(file.flush());
 }
 
-bool writeListIfAny(ChangeJournal& journal, const std::string& path,
-                    const std::vector<PackageDependency>& entries, bool withPriority) {
+bool writeListIfAny(ChangeJournal& journal, const std::string& path, const std::vector<PackageDependency>& entries,
+                    bool withPriority) {
     return entries.empty() || writeDependencyFile(journal, path, entries, withPriority);
 }
 

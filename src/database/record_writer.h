@@ -7,5 +7,4 @@
 /// Stages the database record of a package: its meta files, unless its image describes it, and the two
 /// files of its state. Files of an older record that would now be wrong are noted for deletion. False when
 /// a meta file could not be written, which has been reported then; what was staged before stays.
-[[nodiscard]] bool writePackageRecord(const InstalledPackage& package, ChangeJournal& journal,
-                                      Reporter& reporter);
+[[nodiscard]] bool writePackageRecord(const InstalledPackage& package, ChangeJournal& journal, Reporter& reporter);

@@ -9,8 +9,7 @@
 /// Bytes of the package format: little-endian integers, NUL-padded names, exact reads.
 
 inline std::uint16_t loadU16(std::span<const std::byte, 2> bytes) {
-    return static_cast<std::uint16_t>(std::to_integer<unsigned>(bytes[0]) |
-                                      std::to_integer<unsigned>(bytes[1]) << 8);
+    return static_cast<std::uint16_t>(std::to_integer<unsigned>(bytes[0]) | std::to_integer<unsigned>(bytes[1]) << 8);
 }
 
 inline std::uint32_t loadU32(std::span<const std::byte, 4> bytes) {

@@ -13,8 +13,8 @@ constexpr std::int32_t BASE_X = 9;
 constexpr FieldElement BASE_Y_SQUARED = {{39420360}};
 
 // Twice the even y of G.
-constexpr FieldElement TWICE_BASE_Y = {{0x262583b, 0x11d2ec0, 0x3937585, 0x192839, 0x36e1594, 0x16e5d66,
-                                        0x122d388, 0x52c7f8, 0x3c8ebef, 0xfa8f32}};
+constexpr FieldElement TWICE_BASE_Y = {
+    {0x262583b, 0x11d2ec0, 0x3937585, 0x192839, 0x36e1594, 0x16e5d66, 0x122d388, 0x52c7f8, 0x3c8ebef, 0xfa8f32}};
 
 FieldElement carried(const FieldElement& a) { return fieldTimesSmall(a, 1); }
 
@@ -114,8 +114,7 @@ struct LadderPoint {
 
 }  // namespace
 
-std::array<std::byte, 32> doubleScalarX(std::span<const std::byte, 32> publicKey, const Scalar& v,
-                                        const Scalar& h) {
+std::array<std::byte, 32> doubleScalarX(std::span<const std::byte, 32> publicKey, const Scalar& v, const Scalar& h) {
     const FieldElement px = fieldFromBytes(publicKey);
     const auto [sum, difference] = sumAndDifference(px);
     const std::array<FieldElement, 2> single = {fieldFromSmall(BASE_X), px};
@@ -125,8 +124,7 @@ std::array<std::byte, 32> doubleScalarX(std::span<const std::byte, 32> publicKey
     // Of P and of G, point 0 holds an even multiple of each, point 2 the odd multiple of each that is next
     // to it, and point 1 an even one of the one and an odd one of the other.
     const FieldElement one = fieldFromSmall(1);
-    std::array<LadderPoint, 3> points = {LadderPoint{.x = one, .z = {}},
-                                         LadderPoint{.x = single[start], .z = one},
+    std::array<LadderPoint, 3> points = {LadderPoint{.x = one, .z = {}}, LadderPoint{.x = single[start], .z = one},
                                          LadderPoint{.x = sum, .z = one}};
     std::uint32_t vi = 0;
     std::uint32_t hi = 0;

@@ -11,5 +11,4 @@ using Scalar = std::array<std::byte, 32>;
 /// little-endian, below p; 0 for the point at infinity. G is the point of x = 9 and P that of x =
 /// `publicKey`, each with its even y, that is with the y whose value in 0 to p - 1 is even. `publicKey` is
 /// the x of a point of the curve; v and h are any numbers.
-std::array<std::byte, 32> doubleScalarX(std::span<const std::byte, 32> publicKey, const Scalar& v,
-                                        const Scalar& h);
+std::array<std::byte, 32> doubleScalarX(std::span<const std::byte, 32> publicKey, const Scalar& v, const Scalar& h);

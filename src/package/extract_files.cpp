@@ -55,7 +55,7 @@ bool isUsableName(std::string_view name) {
 
 enum class CopyResult { Done, SourceEnded, WriteFailed };
 
-CopyResult copyData(InflateStream& records, std::ofstream& file, std::uint32_t length) {
+CopyResult copyData(InflateStream& records, StagedFile& file, std::uint32_t length) {
     std::array<char, 16384> piece;
     while (length != 0) {
         const auto wanted = std::min<std::uint32_t>(length, piece.size());
@@ -71,11 +71,7 @@ CopyResult copyData(InflateStream& records, std::ofstream& file, std::uint32_t l
 class Extraction {
 public:
     Extraction(InstalledPackage& package, ChangeJournal& journal, PartReader& reader, Reporter& reporter)
-        : package_(package),
-          journal_(journal),
-          reader_(reader),
-          reporter_(reporter),
-          records_(*reader.rdbuf()) {}
+        : package_(package), journal_(journal), reader_(reader), reporter_(reporter), records_(*reader.rdbuf()) {}
 
     bool run() {
         while (const auto head = readHead(records_))
@@ -102,8 +98,8 @@ private:
             return false;
         }
         const std::string target = "/flash" + relativePath(package_, name);
-        std::ofstream file = journal_.stageFile(target, head.dataLength, head.mode);
-        if (!file.is_open()) {
+        StagedFile file = journal_.stageFile(target, head.dataLength, head.mode);
+        if (!file.isOpen()) {
             reporter_.reportFileFailure(package_, name);
             return false;
         }

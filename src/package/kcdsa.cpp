@@ -20,8 +20,7 @@ std::array<std::byte, 16> kcdsaCheckValue(std::span<const std::byte, 32> x) {
     return r;
 }
 
-bool verifyKcdsa(std::span<const std::byte, 32> publicKey, KcdsaDigest digest, KcdsaCheckValue r,
-                 const Scalar& v) {
+bool verifyKcdsa(std::span<const std::byte, 32> publicKey, KcdsaDigest digest, KcdsaCheckValue r, const Scalar& v) {
     const auto x = doubleScalarX(publicKey, v, kcdsaChallenge(digest, r));
     return std::ranges::equal(kcdsaCheckValue(x), r);
 }

@@ -19,5 +19,4 @@ Scalar kcdsaChallenge(KcdsaDigest digest, KcdsaCheckValue r);
 std::array<std::byte, 16> kcdsaCheckValue(std::span<const std::byte, 32> x);
 
 /// Whether (r, v) is a signature of `digest` under the key whose x coordinate is `publicKey`.
-bool verifyKcdsa(std::span<const std::byte, 32> publicKey, KcdsaDigest digest, KcdsaCheckValue r,
-                 const Scalar& v);
+bool verifyKcdsa(std::span<const std::byte, 32> publicKey, KcdsaDigest digest, KcdsaCheckValue r, const Scalar& v);

@@ -5,6 +5,4 @@ std::string dependencyText(const PackageDependency& dependency) {
     return dependency.name + '-' + versionText(dependency.minVersion);
 }
 
-std::string nameVersion(const PackageInfo& package) {
-    return package.name + '-' + versionText(package.version);
-}
+std::string nameVersion(const PackageInfo& package) { return package.name + '-' + versionText(package.version); }

@@ -20,7 +20,7 @@ std::string dependencyText(const PackageDependency& dependency);
 /// Bits of PackageInfo::flags. Any other bit is kept and has no effect.
 constexpr std::uint32_t PKG_FLAG_BOOT = 0x01;         ///< the package that a boot image is made of
 constexpr std::uint32_t PKG_FLAG_NO_METADATA = 0x02;  ///< described by its stored image, not by meta files
-constexpr std::uint32_t PKG_FLAG_DISCARD = 0x04;  ///< a scheduled run deletes its file, and installs nothing
+constexpr std::uint32_t PKG_FLAG_DISCARD = 0x04;      ///< a scheduled run deletes its file, and installs nothing
 
 /// The description of a package. Its heirs are what is installed and what was found in a directory.
 struct PackageInfo {

@@ -38,8 +38,7 @@ bool checkPackageSignature(PartReader& reader, int level) {
     std::array<std::byte, LONG_SIGNATURE_SIZE> payload;
     const bool isLong = reader.partLeft() >= LONG_SIGNATURE_SIZE;
     if (reader.partLeft() < SHORT_SIGNATURE_SIZE) return false;
-    if (!reader.takeRaw(std::span(payload).first(isLong ? LONG_SIGNATURE_SIZE : SHORT_SIGNATURE_SIZE)))
-        return false;
+    if (!reader.takeRaw(std::span(payload).first(isLong ? LONG_SIGNATURE_SIZE : SHORT_SIGNATURE_SIZE))) return false;
 
     const std::span bytes(payload);
     if (isLong && reader.usesSha256() &&
@@ -48,6 +47,5 @@ bool checkPackageSignature(PartReader& reader, int level) {
     if (level != 1) return false;
     Scalar v;
     std::ranges::copy(bytes.subspan<SIGNATURE_V_OFFSET, 32>(), v.begin());
-    return verifyKcdsa(kcdsaPublicKey, reader.digest().first<20>(), bytes.subspan<SIGNATURE_R_OFFSET, 16>(),
-                       v);
+    return verifyKcdsa(kcdsaPublicKey, reader.digest().first<20>(), bytes.subspan<SIGNATURE_R_OFFSET, 16>(), v);
 }

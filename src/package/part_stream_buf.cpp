@@ -33,8 +33,8 @@ bool PartStreamBuf::readFileHeader(std::span<std::byte> header) {
 
 std::int32_t PartStreamBuf::enterNextPart() {
     if (partLeft_ != 0) {
-        const bool jumped = isSeeking() && source_.pubseekoff(partLeft_, std::ios_base::cur,
-                                                              std::ios_base::in) != SEEK_FAILED;
+        const bool jumped =
+            isSeeking() && source_.pubseekoff(partLeft_, std::ios_base::cur, std::ios_base::in) != SEEK_FAILED;
         if (!jumped && skip(partLeft_) != partLeft_) return PART_END;
     }
     partOffset_ += partSize_;
@@ -75,8 +75,7 @@ void PartStreamBuf::updateHash(std::span<const std::byte> bytes) {
 void PartStreamBuf::copyToTee(std::span<const std::byte> bytes) {
     // The tee's owner finds out about a failed write when it closes the tee.
     if (tee_ != nullptr)
-        (void)tee_->sputn(reinterpret_cast<const char*>(bytes.data()),
-                          static_cast<std::streamsize>(bytes.size()));
+        (void)tee_->sputn(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 /// Hashes and copies payload bytes that have just been consumed, but for those that were put back before.
@@ -132,8 +131,7 @@ PartStreamBuf::pos_type PartStreamBuf::seekpos(pos_type position, std::ios_base:
     if (wanted < 0 || wanted > off_type(partSize_)) return SEEK_FAILED;
     const auto left = static_cast<std::uint32_t>(off_type(partSize_) - wanted);
     if (left == partLeft_) return position;
-    const bool jumped =
-        isSeeking() && source_.pubseekpos(off_type(partOffset_) + wanted, mode) != SEEK_FAILED;
+    const bool jumped = isSeeking() && source_.pubseekpos(off_type(partOffset_) + wanted, mode) != SEEK_FAILED;
     if (!jumped) {
         if (partLeft_ < left) return SEEK_FAILED;
         if (skip(partLeft_ - left) != partLeft_ - left) return SEEK_FAILED;
@@ -142,13 +140,9 @@ PartStreamBuf::pos_type PartStreamBuf::seekpos(pos_type position, std::ios_base:
     return position;
 }
 
-std::streamsize PartStreamBuf::showmanyc() {
-    return std::min<std::streamsize>(partLeft_, source_.in_avail());
-}
+std::streamsize PartStreamBuf::showmanyc() { return std::min<std::streamsize>(partLeft_, source_.in_avail()); }
 
-PartStreamBuf::int_type PartStreamBuf::underflow() {
-    return partLeft_ == 0 ? traits_type::eof() : source_.sgetc();
-}
+PartStreamBuf::int_type PartStreamBuf::underflow() { return partLeft_ == 0 ? traits_type::eof() : source_.sgetc(); }
 
 PartStreamBuf::int_type PartStreamBuf::uflow() {
     if (partLeft_ == 0) return traits_type::eof();

@@ -36,8 +36,7 @@ private:
     void compareWithInstalled() {
         const InstalledPackage* installed = db_.find(candidate_.name);
         // These two are neither older nor newer than anything.
-        if (installed == nullptr || installed->name == "branding" || installed->name.starts_with("firmware-"))
-            return;
+        if (installed == nullptr || installed->name == "branding" || installed->name.starts_with("firmware-")) return;
         if (installed->buildTime > candidate_.buildTime && flaggedState != 0) {
             db_.warning("cannot install older %s: %s", name_.c_str(), "router in flagged state");
             result_ = REFUSED_BY_DEVICE;
@@ -49,8 +48,7 @@ private:
                 db_.warning("omitting package %s: newer package %s is already installed", name_.c_str(),
                             nameVersion(*installed).c_str());
         } else if (order == 0) {
-            if (found(EligibleSame))
-                db_.warning("omitting package %s: it is already installed", name_.c_str());
+            if (found(EligibleSame)) db_.warning("omitting package %s: it is already installed", name_.c_str());
         } else {
             result_ |= EligibleNewer;
         }
@@ -67,8 +65,8 @@ private:
     void checkArchitecture() {
         if (candidate_.arch.empty() || candidate_.arch == db_.arch) return;
         if (found(EligibleRefused))
-            db_.error("can not install %s: it is not made for %s, but for %s", name_.c_str(),
-                      db_.arch.c_str(), candidate_.arch.c_str());
+            db_.error("can not install %s: it is not made for %s, but for %s", name_.c_str(), db_.arch.c_str(),
+                      candidate_.arch.c_str());
     }
 
     void checkDependencies() {

@@ -41,8 +41,7 @@ bool satisfiesDependency(const PackageInfo& package, const PackageDependency& de
 bool providesDependency(const PackageInfo& package, const PackageDependency& dependency) {
     return std::ranges::any_of(package.provides, [&](const PackageDependency& entry) {
         return entry.name == dependency.name &&
-               (entry.minVersion == 0 || dependency.maxVersion == 0 ||
-                entry.minVersion <= dependency.maxVersion) &&
+               (entry.minVersion == 0 || dependency.maxVersion == 0 || entry.minVersion <= dependency.maxVersion) &&
                (entry.maxVersion == 0 || entry.maxVersion >= dependency.minVersion);
     });
 }
@@ -78,14 +77,11 @@ bool dependsOn(const PackageInfo& a, const PackageInfo& b) {
 
 bool conflictsWith(const PackageInfo& a, const PackageInfo& b) {
     if (a.isPlaceholder() || b.isPlaceholder()) return false;
-    if (std::ranges::any_of(a.conflicts, [&](const auto& entry) { return satisfiesDependency(b, entry); }))
-        return true;
+    if (std::ranges::any_of(a.conflicts, [&](const auto& entry) { return satisfiesDependency(b, entry); })) return true;
     if (const auto verdict = providersConflict(a, b)) return *verdict;
-    return std::ranges::any_of(a.conflicts,
-                               [&](const auto& entry) { return providesDependency(b, entry); }) ||
+    return std::ranges::any_of(a.conflicts, [&](const auto& entry) { return providesDependency(b, entry); }) ||
            findNamed(b.members, a.name) != nullptr ||
-           std::ranges::any_of(a.members,
-                               [&](const PackageInfo& member) { return conflictsWith(member, b); });
+           std::ranges::any_of(a.members, [&](const PackageInfo& member) { return conflictsWith(member, b); });
 }
 
 const InstalledPackage* findConflict(const PackageDb& db, const PackageInfo& package) {

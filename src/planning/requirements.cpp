@@ -41,9 +41,8 @@ private:
     void require(InstalledPackage& needed, const InstalledPackage& dependent) {
         if (needed.scheduled == Schedule::Uninstall || needed.scheduled == Schedule::Disable) {
             if (verbosity_ != 0)
-                db_.warning("can not %s %s: %s depends on it",
-                            VERBS[static_cast<std::size_t>(needed.scheduled)], nameVersion(needed).c_str(),
-                            dependent.name.c_str());
+                db_.warning("can not %s %s: %s depends on it", VERBS[static_cast<std::size_t>(needed.scheduled)],
+                            nameVersion(needed).c_str(), dependent.name.c_str());
             needed.scheduled = Schedule::None;
         } else if (needed.disabled) {
             needed.scheduled = Schedule::Enable;
@@ -61,8 +60,7 @@ private:
 }  // namespace
 
 bool goesOn(const InstalledPackage& package) {
-    return package.scheduled == Schedule::Enable ||
-           (package.scheduled == Schedule::None && !package.disabled);
+    return package.scheduled == Schedule::Enable || (package.scheduled == Schedule::None && !package.disabled);
 }
 
 ProviderOutlook assessProviders(const std::vector<InstalledPackage*>& providers) {

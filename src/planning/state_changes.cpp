@@ -112,8 +112,7 @@ void letBundlesFollow(const PackageDb& db) {
 
 /// True if the plan may stand. Otherwise every request has been dropped.
 bool keepsAPackage(PackageDb& db, int verbosity) {
-    if (db.packages.empty() ||
-        std::ranges::any_of(db.packages, [](const auto& package) { return goesOn(*package); }))
+    if (db.packages.empty() || std::ranges::any_of(db.packages, [](const auto& package) { return goesOn(*package); }))
         return true;
     for (const auto& package : db.packages) package->scheduled = Schedule::None;
     if (verbosity != 0) db.error("can not uninstall or disable all packages");

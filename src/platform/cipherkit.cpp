@@ -14,9 +14,7 @@ std::uint8_t* octets(std::byte* bytes) { return reinterpret_cast<std::uint8_t*>(
 
 SHA1::SHA1() { sha1_init(&context_); }
 
-void SHA1::update(std::span<const std::byte> bytes) {
-    sha1_update(&context_, bytes.size(), octets(bytes.data()));
-}
+void SHA1::update(std::span<const std::byte> bytes) { sha1_update(&context_, bytes.size(), octets(bytes.data())); }
 
 void SHA1::finish(std::span<std::byte, DIGEST_SIZE> digest) {
     sha1_digest(&context_, DIGEST_SIZE, octets(digest.data()));
@@ -24,9 +22,7 @@ void SHA1::finish(std::span<std::byte, DIGEST_SIZE> digest) {
 
 SHA256::SHA256() { sha256_init(&context_); }
 
-void SHA256::update(std::span<const std::byte> bytes) {
-    sha256_update(&context_, bytes.size(), octets(bytes.data()));
-}
+void SHA256::update(std::span<const std::byte> bytes) { sha256_update(&context_, bytes.size(), octets(bytes.data())); }
 
 void SHA256::finish(std::span<std::byte, DIGEST_SIZE> digest) {
     sha256_digest(&context_, DIGEST_SIZE, octets(digest.data()));

@@ -6,8 +6,7 @@
 
 namespace {
 
-constexpr dx::SafePackage ALLOWS_NOTHING = {
-    .minVersion = 1, .maxVersion = 0, .minBuildTime = 1, .maxBuildTime = 0};
+constexpr dx::SafePackage ALLOWS_NOTHING = {.minVersion = 1, .maxVersion = 0, .minBuildTime = 1, .maxBuildTime = 0};
 
 /// The next unsigned number; false for anything else, a sign included, and for one above 32 bits.
 bool readNumber(std::istream& in, std::uint32_t& number) {

@@ -57,9 +57,7 @@ FileSource::pos_type FileSource::seekoff(off_type offset, std::ios_base::seekdir
         }
         offset -= ahead;  // the descriptor stands behind what was read ahead
     }
-    const int whence = from == std::ios_base::beg   ? SEEK_SET
-                       : from == std::ios_base::cur ? SEEK_CUR
-                                                    : SEEK_END;
+    const int whence = from == std::ios_base::beg ? SEEK_SET : from == std::ios_base::cur ? SEEK_CUR : SEEK_END;
     const off_t position = ::lseek(fd_.get(), offset, whence);
     if (position < 0) return pos_type(off_type(-1));
     setg(nullptr, nullptr, nullptr);

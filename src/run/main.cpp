@@ -21,7 +21,6 @@ int main(int argc, char* argv[]) {
     (void)std::signal(SIGPIPE, SIG_IGN);
     RunOptions options;
     const std::span arguments(argv, static_cast<std::size_t>(argc));
-    if (const auto code = readCommandLine(arguments.subspan(arguments.empty() ? 0 : 1), options))
-        return *code;
+    if (const auto code = readCommandLine(arguments.subspan(arguments.empty() ? 0 : 1), options)) return *code;
     return runStartUp(options);
 }

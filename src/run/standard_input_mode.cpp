@@ -1,13 +1,14 @@
 #include "run/standard_input_mode.h"
 
-#include <fstream>
 #include <iostream>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "apply/install_stream.h"
 #include "console/post_log.h"
 #include "planning/state_changes.h"
+#include "platform/file_sink.h"
 #include "platform/file_source.h"
 #include "platform/unique_fd.h"
 
@@ -16,23 +17,6 @@ namespace {
 // One file under two forms of its path. The second is its key in the journal.
 constexpr const char* SPOOL_FILE = "/flash/var/pdb//image";
 constexpr const char* SPOOL_SOURCE = "/flash/var/pdb/image";
-
-/// The stream as it is read. It remembers a failed write, as nobody looks at the result of one.
-class Spool final : public std::filebuf {
-public:
-    /// Closes the file. False if it does not hold every byte.
-    [[nodiscard]] bool finish() { return close() != nullptr && isWhole_; }
-
-protected:
-    std::streamsize xsputn(const char* bytes, std::streamsize length) override {
-        const auto put = std::filebuf::xsputn(bytes, length);
-        isWhole_ &= put == length;
-        return put;
-    }
-
-private:
-    bool isWhole_ = true;
-};
 
 void stageImage(ChangeJournal& journal, const ImageTarget& target) {
     const std::string image = target.directory + "image";
@@ -49,18 +33,16 @@ void stageImage(ChangeJournal& journal, const ImageTarget& target) {
 int runStandardInputMode(PackageDb& db, const RunOptions& options) {
     ChangeJournal journal;
     applySchedule(db, journal, 1);
-    Spool spool;
-    if (spool.open(SPOOL_FILE, std::ios::out | std::ios::binary) == nullptr) {
+    FileSink spool(UniqueFd{::open(SPOOL_FILE, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)});
+    if (!spool.isOpen()) {
         std::cout << "ERROR: could not open image\n" << std::flush;
         return -1;
     }
 
     const ChangeJournal::Ops requested = journal.ops();
     const CarriedStates noStates;
-    const InstallContext context = {.db = db,
-                                    .journal = journal,
-                                    .flags = options.installFlags | allowUpgrade,
-                                    .carriedStates = noStates};
+    const InstallContext context = {
+        .db = db, .journal = journal, .flags = options.installFlags | allowUpgrade, .carriedStates = noStates};
     FileSource input(UniqueFd{::dup(STDIN_FILENO)});
     ImageTarget image;
     image.isStream = true;

@@ -78,8 +78,8 @@ TEST_F(ChangeJournalTest, FallsBackToTmpForEmptyFilesOnly) {
     fs::remove("/ram");
     stage("/flash/empty", 0);
     EXPECT_EQ(placeOf("/flash/empty"), "/tmp");
-    std::ofstream stream = journal.stageFile("/flash/big", 0xFFFFFFFF, 0);
-    EXPECT_FALSE(stream.is_open());
+    const StagedFile stream = journal.stageFile("/flash/big", 0xFFFFFFFF, 0);
+    EXPECT_FALSE(stream.isOpen());
     EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(kindOf("/flash/big"), OpKind::Staged);
 }

@@ -19,8 +19,7 @@ TEST_F(CommitTest, DeletesFilesAndOneLevelOfDirectories) {
     for (const char* path : {"/flash/f/file", "/flash/f/dir/a", "/flash/f/deep/a", "/flash/f/deep/sub/b",
                              "/flash/f/hidden/.a", "/flash/f/hidden/b"})
         device.write(path, "x");
-    for (const char* path :
-         {"/flash/f/file", "/flash/f/dir/", "/flash/f/deep", "/flash/f/hidden", "/flash/f/none"})
+    for (const char* path : {"/flash/f/file", "/flash/f/dir/", "/flash/f/deep", "/flash/f/hidden", "/flash/f/none"})
         journal.setOp(path, {OpKind::Delete, ""});
     journal.commit(false);
     EXPECT_EQ(device.tree("/flash/f"), (Tree{{"deep/sub/b", "x"}, {"hidden/.a", "x"}}));
@@ -35,9 +34,8 @@ TEST_F(CommitTest, DeletesBeforeItRenames) {
     device.write("/flash/dir/link", "old");
     journal.stageFile("/flash/new/dir/b", 1, 0100640) << "b";
     journal.commit(false);
-    EXPECT_EQ(
-        device.tree("/flash"),
-        (Tree{{"dir/a", "new"}, {"dir/link", "-> /flash/new/dir/b"}, {"new/dir/b", "b"}, {"var/pdb/", ""}}));
+    EXPECT_EQ(device.tree("/flash"),
+              (Tree{{"dir/a", "new"}, {"dir/link", "-> /flash/new/dir/b"}, {"new/dir/b", "b"}, {"var/pdb/", ""}}));
     EXPECT_EQ(device.mode("/flash/new/dir/b"), 0640U);
 }
 
@@ -65,8 +63,7 @@ TEST_F(CommitTest, CopiesAcrossFileSystems) {
 
 TEST_F(CommitTest, GoesOnBehindAFailure) {
     device.write("/flash/file", "x");
-    device.write("/ram/MANIFEST",
-                 "L /flash/file/link text\nM /flash/a /flash/none\nM /flash/b /flash/file\n");
+    device.write("/ram/MANIFEST", "L /flash/file/link text\nM /flash/a /flash/none\nM /flash/b /flash/file\n");
     const auto first = device.run({"--commit"});
     EXPECT_EQ(first.err, "symlink: Not a directory\nrename: No such file or directory\n");
     EXPECT_EQ(first.out, "finishing install... \b \n");

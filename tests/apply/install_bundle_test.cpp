@@ -28,10 +28,9 @@ TEST_F(BundleTest, InstallsItsMembersAndKeepsItsFile) {
     EXPECT_EQ(run.lines(), Lines{});
     EXPECT_NE(run.out.find("installing suite-7.0 ["), std::string::npos);  // a member shows as its bundle
     EXPECT_EQ(device.tree("/flash/var/pdb/suite"), (Tree{{"image", suite.bytes()}}));
-    EXPECT_EQ(device.tree("/flash/var/pdb/alpha"), (Tree{{"version", "117466624 1000\n"},
-                                                         {"deps", ""},
-                                                         {"bundle", "suite\n"},
-                                                         {"files", "flash/bin/alpha\n"}}));
+    EXPECT_EQ(
+        device.tree("/flash/var/pdb/alpha"),
+        (Tree{{"version", "117466624 1000\n"}, {"deps", ""}, {"bundle", "suite\n"}, {"files", "flash/bin/alpha\n"}}));
     EXPECT_EQ(device.read("/flash/var/pdb/beta/disabled"), "auto\n");
     EXPECT_EQ(device.read("/flash/x/beta/bin/beta"), "b");
     EXPECT_EQ(device.read("/flash/var/pdb/disabled"), "(none)");  // of what held beta back nothing is written
@@ -77,11 +76,10 @@ TEST_F(BundleTest, FailsAsAWhole) {
           Case{"refused member", bundle("suite").member(alpha).member(package("beta").arch("mips")), 2},
           Case{"member of its own name", bundle("suite").member(alpha).member(package("suite")), 2},
           Case{"part behind the members", bundle("suite").member(alpha).behind(PART_CONFLICTS, ""), 2},
-          Case{"part behind a member", bundle("suite").member(package("alpha").behind(PART_DEPENDENCIES, "")),
-               2},
+          Case{"part behind a member", bundle("suite").member(package("alpha").behind(PART_DEPENDENCIES, "")), 2},
           Case{"no member", bundle("suite"), 3},
-          Case{"member list cut off",
-               bundle("suite").ahead(PART_BUNDLE_MEMBERS, std::string("\2\0x", 3)).member(alpha), 3}}) {
+          Case{"member list cut off", bundle("suite").ahead(PART_BUNDLE_MEMBERS, std::string("\2\0x", 3)).member(alpha),
+               3}}) {
         EXPECT_EQ(install(built), code) << what;
         EXPECT_EQ(device.tree("/flash"), before) << what;
         EXPECT_EQ(device.tree("/ram"), Tree{}) << what;

@@ -35,8 +35,7 @@ TEST_F(InstallTest, LeavesFilesAndARecord) {
 }
 
 TEST_F(InstallTest, ReplacesTheOldVersion) {
-    device.install(
-        package("tools").version(V6).provides("shell").file("bin/old", "old").file("bin/ls", "old"));
+    device.install(package("tools").version(V6).provides("shell").file("bin/old", "old").file("bin/ls", "old"));
     device.install(package("tools").version(V8).file("bin/ls", "new"));
     EXPECT_EQ(device.tree("/flash/bin"), (Tree{{"ls", "new"}}));
     // A list that the new version has not is left over in its directory.
@@ -45,8 +44,7 @@ TEST_F(InstallTest, ReplacesTheOldVersion) {
                                                          {"provides", "shell 0 0 0\n"},
                                                          {"files", "flash/bin/ls\n"}}));
     EXPECT_EQ(device.run({"-"}, package("tools").version(V6).bytes()).code, 1);
-    EXPECT_EQ(device.run({"-down", "-"}, package("tools").version(V6).file("bin/ls", "older").bytes()).code,
-              0);
+    EXPECT_EQ(device.run({"-down", "-"}, package("tools").version(V6).file("bin/ls", "older").bytes()).code, 0);
     EXPECT_EQ(device.tree("/flash/bin"), (Tree{{"ls", "older"}}));
 }
 
@@ -64,14 +62,12 @@ TEST_F(InstallTest, FailsWithoutATrace) {
     for (const auto& [what, bytes, lines] :
          {Case{"bad signature", PackageBuilder(update).badSignature().bytes(), broken},
           Case{"EC-KCDSA at level 2", PackageBuilder(update).badEd25519().bytes(), broken},
-          Case{"no signature", PackageBuilder(update).ahead(PART_IMAGE, "i").ahead(PART_IMAGE, "i").bytes(),
-               broken},
+          Case{"no signature", PackageBuilder(update).ahead(PART_IMAGE, "i").ahead(PART_IMAGE, "i").bytes(), broken},
           Case{"dependencies behind the signature",
                PackageBuilder(update).behind(PART_DEPENDENCIES, std::string(2, '\0')).bytes(), broken},
           Case{"image behind the signature", PackageBuilder(update).behind(PART_IMAGE, "").bytes(), broken},
           Case{"architecture twice",
-               PackageBuilder(update).behind(PART_ARCHITECTURE, "").behind(PART_ARCHITECTURE, "").bytes(),
-               broken},
+               PackageBuilder(update).behind(PART_ARCHITECTURE, "").behind(PART_ARCHITECTURE, "").bytes(), broken},
           Case{"cut off in the signature", whole.substr(0, whole.size() - 1), broken},
           Case{"cut off in the files", whole.substr(0, whole.size() - 140), broken},
           Case{"cut off behind the header", whole.substr(0, 60), broken},
@@ -142,9 +138,8 @@ TEST_F(InstallTest, ReplacesAnImageInPlaceByAGoodOneOnly) {
     EXPECT_EQ(device.read("/flash/var/pdb/display/image"), display.bytes());
     for (const char* option : {"-down", "--reinstall"}) {
         const std::string image = device.read("/flash/var/pdb/display/image");
-        for (const auto& bad :
-             {PackageBuilder(display).badSignature().bytes(), image.substr(0, image.size() - 1),
-              PackageBuilder(display).behind(PART_FILES, "").bytes()}) {
+        for (const auto& bad : {PackageBuilder(display).badSignature().bytes(), image.substr(0, image.size() - 1),
+                                PackageBuilder(display).behind(PART_FILES, "").bytes()}) {
             const auto run = device.run({option, "-"}, bad);
             EXPECT_EQ(run.code, 1);
             EXPECT_EQ(run.lines().back(), "ERROR: installation of display-7.0 failed: broken package");

@@ -8,8 +8,7 @@ namespace {
 
 TEST(PackageTable, HasARowForEachRecord) {
     PackageDb db;
-    const auto add = [&db](const char* name, PackageVersion version,
-                           std::uint32_t buildTime) -> InstalledPackage& {
+    const auto add = [&db](const char* name, PackageVersion version, std::uint32_t buildTime) -> InstalledPackage& {
         db.packages.push_back(std::make_unique<InstalledPackage>(name));
         db.packages.back()->version = version;
         db.packages.back()->buildTime = buildTime;
@@ -23,13 +22,12 @@ TEST(PackageTable, HasARowForEachRecord) {
     add("last", 0x07026600, 0xFFFFFFFF).disabled = true;
     testing::internal::CaptureStdout();
     printPackageTable(db);
-    EXPECT_EQ(
-        testing::internal::GetCapturedStdout(),
-        "            Name          Version                Built                                    Note\n"
-        "----------------------------------------------------------------------------------------------\n"
-        "            beta XB      7.1beta3 Jan/01/2026 00:00:00                                   a note\n"
-        "a-name-far-too-long         6.48_ab5 Jan/01/1970 00:00:00                                         \n"
-        "            last X            7.2 Feb/07/2106 06:28:15                                         \n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "            Name          Version                Built                                    Note\n"
+              "----------------------------------------------------------------------------------------------\n"
+              "            beta XB      7.1beta3 Jan/01/2026 00:00:00                                   a note\n"
+              "a-name-far-too-long         6.48_ab5 Jan/01/1970 00:00:00                                         \n"
+              "            last X            7.2 Feb/07/2106 06:28:15                                         \n");
 }
 
 }  // namespace

@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "kvpack/package_writer.h"
+#include "package/bytes.h"
 #include "package/part_reader.h"
+#include "support/described.h"
+#include "support/package_builder.h"
 
 namespace {
 
@@ -62,55 +64,41 @@ TEST_F(ReporterTest, SaysAndKeepsNothingWhenQuiet) {
 
 TEST_F(ReporterTest, DrawsTheProgressOfThePackage) {
     struct Case {
-        const char* what;
-        InstalledPackage package{"abc"};
+        std::string words;     // of the package
+        std::streamsize read;  // bytes of a file of 1014
+        std::uint32_t length;  // that the file claims
         std::string front;
-        std::size_t width;
+        std::size_t filled, blank;
     };
-    Case cases[] = {{.what = "plain", .front = "installing abc-7.2 [", .width = 56},
-                    {.what = "disabled", .front = "installing  (disabled) abc-7.2 [", .width = 44},
-                    {.what = "member", .front = "installing suite-7.1 [", .width = 54},
-                    {.what = "long", .front = "installing " + std::string(90, 'n') + "-7.2 [", .width = 0}};
-    cases[1].package.disabled = true;
-    cases[2].package.disabled = true;
-    cases[2].package.bundle = {.name = "suite", .minVersion = 0x07016600, .maxVersion = 0x07016600};
-    cases[3].package.name = std::string(90, 'n');
-    for (Case& c : cases) {
-        c.package.version = 0x07026600;
-        for (const unsigned percent : {0U, 50U, 99U, 100U, 300U}) {
-            // The reader stands behind 100 bytes of a file that claims a length of its own.
-            const std::uint32_t length = percent == 0 ? 0 : 100 * 100 / percent;
-            std::string bytes(14, '\0');
-            for (std::size_t i = 0; i < 4; ++i) bytes[i] = static_cast<char>(PACKAGE_MAGIC >> (8 * i));
-            for (std::size_t i = 0; i < 4; ++i) bytes[4 + i] = static_cast<char>((length - 8) >> (8 * i));
-            bytes[8] = 23;
-            bytes[10] = 100;
-            std::stringbuf container(bytes + std::string(100, 'x'));
-            PartReader in(container, false, nullptr);
-            in.want({23});
-            in.nextPart();
-            in.ignore(86);
-            reporter.setStatus("");
-            (void)printed();
-            reporter.showProgress(c.package, in);
-            const std::size_t filled =
-                length == 0 ? 0 : std::min<std::size_t>(c.width, 100 * c.width / length);
-            EXPECT_EQ(printed(),
-                      redraw(c.front + std::string(filled, '#') + std::string(c.width - filled, ' ') + "]"))
-                << c.what << ' ' << percent;
-        }
+    const std::string name(90, 'n');
+    for (const auto& [words, read, length, front, filled, blank] :
+         {Case{"abc", 0, 1014, "abc-7.0 [", 0, 56}, Case{"abc", 493, 1014, "abc-7.0 [", 28, 28},
+          Case{"abc", 999, 1014, "abc-7.0 [", 55, 1}, Case{"abc", 1000, 1014, "abc-7.0 [", 56, 0},
+          Case{"abc", 1000, 500, "abc-7.0 [", 56, 0}, Case{"abc", 1000, 0, "abc-7.0 [", 0, 56},
+          Case{"abc off", 0, 1014, " (disabled) abc-7.0 [", 0, 44}, Case{"abc off @suite", 0, 1014, "suite [", 0, 58},
+          Case{name, 1000, 1014, name + "-7.0 [", 0, 0}}) {
+        std::string bytes = container({{23, std::string(1000, 'x')}});
+        storeU32(std::as_writable_bytes(std::span(bytes)).subspan(4).first<4>(), length - 8);
+        std::stringbuf source(bytes);
+        PartReader in(source, false, nullptr);
+        in.want({23});
+        in.nextPart();
+        in.ignore(read);
+        Reporter fresh;
+        fresh.showProgress(described(words), in);
+        EXPECT_EQ(printed(), redraw("installing " + front + std::string(filled, '#') + std::string(blank, ' ') + "]"))
+            << words << ' ' << read << ' ' << length;
     }
 }
 
 TEST_F(ReporterTest, ExplainsAFailedWrite) {
-    InstalledPackage package("abc");
-    package.version = 0x07026600;
+    InstalledPackage package = described("abc");
     for (const auto& [number, text] : {std::pair{ENOSPC, "disk is too small"},
                                        {EIO, "disk error"},
                                        {ENOENT, "could not create bin/x: No such file or directory"}}) {
         errno = number;
         reporter.reportFileFailure(package, "bin/x");
-        EXPECT_EQ(printed(), std::string("ERROR: installation of abc-7.2 failed: ") + text + '\n');
+        EXPECT_EQ(printed(), std::string("ERROR: installation of abc-7.0 failed: ") + text + '\n');
     }
     package.bundle.name = "suite";
     reporter.reportBrokenPackage(package);

@@ -9,8 +9,7 @@ namespace {
 
 /// A record in one line: name version-buildTime, state, and what it names.
 std::string summary(const InstalledPackage& package) {
-    std::string text =
-        package.name + ' ' + versionText(package.version) + '-' + std::to_string(package.buildTime);
+    std::string text = package.name + ' ' + versionText(package.version) + '-' + std::to_string(package.buildTime);
     text += package.disabled ? " disabled" : " active";
     if (package.user) text += " user";
     if (package.isBundle) text += " bundle";
@@ -21,8 +20,8 @@ std::string summary(const InstalledPackage& package) {
     for (const auto* list : {&package.dependencies, &package.provides, &package.conflicts}) {
         text += " |";
         for (const PackageDependency& entry : *list)
-            text += ' ' + entry.name + ':' + std::to_string(entry.minVersion) + ':' +
-                    std::to_string(entry.maxVersion) + ':' + std::to_string(entry.priority);
+            text += ' ' + entry.name + ':' + std::to_string(entry.minVersion) + ':' + std::to_string(entry.maxVersion) +
+                    ':' + std::to_string(entry.priority);
     }
     for (const std::string& file : package.files) text += ' ' + file;
     return text;
@@ -58,8 +57,7 @@ TEST_F(DatabaseLoadTest, ReadsMetaFiles) {
     meta("a", "provides", "d 0 0 -5\n");
     meta("a", "conflicts", "e 0 9");
     meta("a", "files", "flash/etc/x\n\n/flash/etc/x\netc/y");
-    EXPECT_EQ(loaded("a"),
-              "a 7.0-1000 active scheduled 0 | b:1:2:0 c:3:4:0 | d:0:0:-5 | e:0:9:0 /etc/y /flash/etc/x");
+    EXPECT_EQ(loaded("a"), "a 7.0-1000 active scheduled 0 | b:1:2:0 c:3:4:0 | d:0:0:-5 | e:0:9:0 /etc/y /flash/etc/x");
 }
 
 TEST_F(DatabaseLoadTest, MarksDamageForRemoval) {
@@ -91,13 +89,11 @@ TEST_F(DatabaseLoadTest, ReadsStatesAndRequests) {
           Case{"user\n", nullptr, nullptr, "disabled user scheduled 0"},
           Case{"", nullptr, nullptr, "disabled user scheduled 0"},
           Case{"automatic", nullptr, nullptr, "disabled user scheduled 0"},
-          Case{nullptr, "", nullptr, "active user scheduled 0"},
-          Case{"auto", "user", nullptr, "disabled scheduled 0"},
+          Case{nullptr, "", nullptr, "active user scheduled 0"}, Case{"auto", "user", nullptr, "disabled scheduled 0"},
           Case{"auto", nullptr, "uninstall", "disabled scheduled 1"},
           Case{"auto", nullptr, " enable\n", "disabled user scheduled 2"},
           Case{nullptr, nullptr, "disable now", "active user scheduled 3"},
-          Case{nullptr, nullptr, "remove", "active scheduled 0"},
-          Case{nullptr, nullptr, "", "active scheduled 0"}}) {
+          Case{nullptr, nullptr, "remove", "active scheduled 0"}, Case{nullptr, nullptr, "", "active scheduled 0"}}) {
         const std::filesystem::path directory = "/flash/var/pdb/a.b-1";
         std::filesystem::remove_all(directory);
         std::filesystem::remove_all("/ram/pdb");

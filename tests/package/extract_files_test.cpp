@@ -10,8 +10,7 @@ const Lines BROKEN = {"ERROR: installation of tools-7.0 failed: broken package"}
 Tree files(const DeviceRoot& device) {
     Tree tree = device.tree("/flash");
     std::erase_if(tree, [](const auto& entry) {
-        return entry.first.starts_with("var/pdb/") || entry.first == "postlog" ||
-               entry.first == "PCKGS_CHANGED";
+        return entry.first.starts_with("var/pdb/") || entry.first == "postlog" || entry.first == "PCKGS_CHANGED";
     });
     return tree;
 }
@@ -77,11 +76,9 @@ TEST(Extraction, LeavesDamageToTheSignature) {
     // Trailing bytes behind the zlib stream, no stream at all, and one that is damaged: signed as it is,
     // each is what the vendor meant.
     const std::string empty("\x78\x9C\x03\0\0\0\0\1", 8);
-    for (const auto& payload :
-         {std::string(), empty + std::string(9000, 'x'), std::string("\x78\x9C\xFF\xFF", 4)}) {
+    for (const auto& payload : {std::string(), empty + std::string(9000, 'x'), std::string("\x78\x9C\xFF\xFF", 4)}) {
         const DeviceRoot fresh;
-        EXPECT_EQ(fresh.run({"-"}, package("tools").ahead(PART_FILES, payload).bytes()).code, 0)
-            << payload.size();
+        EXPECT_EQ(fresh.run({"-"}, package("tools").ahead(PART_FILES, payload).bytes()).code, 0) << payload.size();
         EXPECT_EQ(files(fresh), Tree{});
     }
 }

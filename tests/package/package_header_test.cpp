@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "kvpack/package_writer.h"
+#include "support/package_builder.h"
 
 namespace {
 
@@ -22,114 +22,76 @@ struct Parsed {
     bool result;
 };
 
-const std::string NAME_AND_REST("0123456789abcdef\x05\x00\x30\x06\x01\x02\x00\x00........", 32);
+const std::string HEADER("0123456789abcdef\x05\x00\x30\x06\x01\x02\x00\x00........\x07\0\0\0behind", 42);
+const std::string COUNTS[] = {std::string("\0\0", 2), std::string("\1\0", 2), std::string("\2\0", 2)};
 
 std::string entry(std::string name) {
     name.resize(16);
     return name + std::string("\1\0\0\0????\2\0\0\0\xFF\xFF\xFF\xFF", 16);
 }
 
-struct HeaderTest : testing::Test {
-    void part(PartId id, const std::string& payload) { writer.part(id, payload); }
-    std::string bytes() {
-        writer.finish();
-        return out.str();
-    }
-
-    std::stringstream out;
-    PackageWriter writer{out};
-};
-
-TEST_F(HeaderTest, TakesEveryPartInOrder) {
-    part(1, NAME_AND_REST + std::string("\x07\0\0\0behind", 10));
-    part(24, "t24");
-    part(16, "");
-    part(2, "t2");
-    part(23, "note");
-    part(3, std::string("\2\0", 2) + entry("one") + entry("two") + "behind");
-    part(99, "skipped");
-    part(19, std::string("\1\0", 2) + entry("three"));
-    part(17, std::string("\0\0", 2));
-    part(21, "image");
-    const Parsed parsed(bytes());
+TEST(PackageHeader, TakesEveryPartInOrder) {
+    const Parsed parsed(container({{1, HEADER},
+                                   {24, "t24"},
+                                   {16, ""},
+                                   {2, "t2"},
+                                   {23, "note"},
+                                   {3, COUNTS[2] + entry("one") + entry("two") + "behind"},
+                                   {99, "skipped"},
+                                   {19, COUNTS[1] + entry("three")},
+                                   {17, COUNTS[0]},
+                                   {21, "image"}}));
     ASSERT_TRUE(parsed.result);
-    EXPECT_FALSE(parsed.info.isBundle);
-    EXPECT_EQ(parsed.info.name, "0123456789abcdef");
-    EXPECT_EQ(parsed.info.version, 0x06300005U);
-    EXPECT_EQ(parsed.info.buildTime, 0x201U);
-    EXPECT_EQ(parsed.info.flags, 7U);
-    EXPECT_EQ(parsed.info.text24 + '|' + parsed.info.arch + '|' + parsed.info.text2 + '|' + parsed.info.note,
-              "t24||t2|note");
-    ASSERT_EQ(parsed.info.dependencies.size(), 2U);
-    EXPECT_EQ(parsed.info.dependencies[1].name, "two");
-    EXPECT_EQ(parsed.info.dependencies[1].minVersion, 1U);
-    EXPECT_EQ(parsed.info.dependencies[1].maxVersion, 2U);
-    EXPECT_EQ(parsed.info.dependencies[1].priority, -1);
-    EXPECT_EQ(parsed.info.provides.size(), 1U);
-    EXPECT_EQ(parsed.info.conflicts.size(), 0U);
-    EXPECT_TRUE(parsed.info.hasImage);
+    const PackageInfo& info = parsed.info;
+    EXPECT_FALSE(info.isBundle);
+    EXPECT_EQ(info.name, "0123456789abcdef");
+    EXPECT_EQ(info.version, 0x06300005U);
+    EXPECT_EQ(info.buildTime, 0x201U);
+    EXPECT_EQ(info.flags, 7U);
+    EXPECT_EQ(info.text24 + '|' + info.arch + '|' + info.text2 + '|' + info.note, "t24||t2|note");
+    ASSERT_EQ(info.dependencies.size(), 2U);
+    const auto& [name, lowest, highest, priority] = info.dependencies[1];
+    EXPECT_EQ(std::tie(name, lowest, highest, priority), std::tuple("two", 1U, 2U, -1));
+    EXPECT_EQ(info.provides.size(), 1U);
+    EXPECT_EQ(info.conflicts.size(), 0U);
+    EXPECT_TRUE(info.hasImage);
     EXPECT_EQ(parsed.reader.partId(), 21);
     EXPECT_EQ(parsed.reader.partLeft(), 5U);
 }
 
-TEST_F(HeaderTest, StopsAtAPartOutOfPlace) {
-    part(18, NAME_AND_REST);
-    part(3, std::string("\0\0", 2));
-    part(16, "mips");
-    const Parsed parsed(bytes());
-    EXPECT_TRUE(parsed.result);
-    EXPECT_TRUE(parsed.info.isBundle);
+TEST(PackageHeader, StopsAtAPartOutOfPlace) {
+    const Parsed parsed(container({{18, HEADER}, {3, COUNTS[0]}, {16, "mips"}}));
+    EXPECT_TRUE(parsed.result && parsed.info.isBundle);
     EXPECT_EQ(parsed.info.arch, "i386");
     EXPECT_EQ(parsed.reader.partId(), 16);
 }
 
 TEST(PackageHeader, HasOptionalFlags) {
     for (std::size_t size = 30; size <= 37; ++size) {
-        std::stringstream out;
-        PackageWriter writer(out);
-        writer.part(1, (NAME_AND_REST + std::string("\1\0\0\0\0", 5)).substr(0, size));
-        writer.part(23, "note");
-        writer.finish();
-        const Parsed parsed(out.str());
+        const Parsed parsed(container({{1, HEADER.substr(0, size)}, {23, "note"}}));
         EXPECT_EQ(parsed.result, size >= 32) << size;
-        EXPECT_EQ(parsed.info.flags, size >= 36 ? 1U : 0U) << size;
+        EXPECT_EQ(parsed.info.flags, size >= 36 ? 7U : 0U) << size;
         EXPECT_EQ(parsed.info.note, size >= 32 ? "note" : "") << size;
     }
 }
 
-TEST_F(HeaderTest, FailsOnlyWhereAListIsCut) {
-    part(1, NAME_AND_REST);
-    part(23, "note");
-    part(3, std::string("\1\0", 2) + entry("one"));
-    const std::string whole = bytes();
+TEST(PackageHeader, FailsOnlyWhereTheHeaderOrAListIsCut) {
+    const std::string whole = container({{1, HEADER.substr(0, 32)}, {23, "note"}, {3, COUNTS[1] + entry("one")}});
     const std::size_t list = whole.size() - 34;
-    for (std::size_t length = 8; length < whole.size(); ++length) {
+    for (std::size_t length = 46; length < whole.size(); ++length) {
         const Parsed parsed(whole.substr(0, length));
-        const bool isInHeader = length < 8 + 6 + 32;
-        EXPECT_EQ(parsed.result, !isInHeader && length < list) << length;
-        if (!isInHeader && length < list) {
-            EXPECT_EQ(parsed.reader.partId(), PART_END) << length;
-        }
+        EXPECT_EQ(parsed.result, length < list) << length;
+        EXPECT_EQ(parsed.reader.partId(), length < list ? PART_END : 3) << length;
     }
+    const Parsed promising(container({{1, HEADER}, {3, COUNTS[2] + entry("one")}}));
+    EXPECT_FALSE(promising.result);
+    EXPECT_EQ(promising.info.dependencies.size(), 1U);  // what came stays
 }
 
-TEST_F(HeaderTest, KeepsTheEntriesAheadOfACut) {
-    part(1, NAME_AND_REST);
-    part(3, std::string("\3\0", 2) + entry("one") + entry("two"));
-    const Parsed parsed(bytes());
-    EXPECT_FALSE(parsed.result);
-    EXPECT_EQ(parsed.info.dependencies.size(), 2U);
-}
-
-TEST_F(HeaderTest, BoundsItsTexts) {
+TEST(PackageHeader, BoundsItsTexts) {
     for (const std::uint32_t size : {MAX_TEXT_SIZE, MAX_TEXT_SIZE + 1, 0xFFFFFFFFU}) {
-        // The payload ends before the claim, and nothing may be taken for the claim.
-        std::stringstream claim;
-        PackageWriter claimant(claim);
-        claimant.part(1, NAME_AND_REST);
-        claimant.beginPart(23);
-        claimant.write("x");
-        std::string bytes = claim.str();
+        // The payload ends before the claim, and no memory may be taken for one that is too large.
+        std::string bytes = container({{1, HEADER}, {23, "x"}});
         for (std::size_t i = 0; i < 4; ++i) bytes[bytes.size() - 5 + i] = static_cast<char>(size >> (8 * i));
         const Parsed parsed(bytes);
         EXPECT_EQ(parsed.result, size <= MAX_TEXT_SIZE) << size;

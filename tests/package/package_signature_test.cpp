@@ -65,8 +65,7 @@ TEST(PackageSignature, HasAFormByItsSize) {
 }
 
 TEST(PackageSignature, CoversEveryByteOfThePackage) {
-    const std::string bytes =
-        package("tools").note("n").depends("x").image("image").file("a", "content").bytes();
+    const std::string bytes = package("tools").note("n").depends("x").image("image").file("a", "content").bytes();
     const std::size_t header = 8 + 6;  // file header and marker are in no digest
     const std::size_t signature = bytes.size() - 132;
     for (std::size_t at = 0; at < bytes.size(); ++at) {

@@ -20,9 +20,9 @@ TEST_F(CommandLineTest, ActsFromLeftToRight) {
         std::string out;
     };
     for (const auto& [arguments, out] :
-         {Case{{"--what"}, USAGE}, Case{{""}, USAGE}, Case{{"-r"}, USAGE},
-          Case{{"-q", "--show", "-x"}, USAGE}, Case{{"--reinstall", "--oops"}, RESUMING + USAGE},
-          Case{{"--show"}, TABLE}, Case{{"-q", "--show", "-"}, TABLE},
+         {Case{{"--what"}, USAGE}, Case{{""}, USAGE}, Case{{"-r"}, USAGE}, Case{{"-q", "--show", "-x"}, USAGE},
+          Case{{"--reinstall", "--oops"}, RESUMING + USAGE}, Case{{"--show"}, TABLE},
+          Case{{"-q", "--show", "-"}, TABLE},
           Case{{"-b", "--force", "--noupgrade", "-i", "-down", "--safe", "--show"}, TABLE},
           Case{{"-q", "--commit", "--show"}, "finishing install... \b \n"}}) {
         const auto run = device.run(arguments, "no package");

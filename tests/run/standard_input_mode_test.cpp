@@ -39,8 +39,7 @@ TEST_F(StandardInputTest, KeepsTheStreamWhereNothingElseDescribesThePackage) {
 TEST_F(StandardInputTest, MakesTheBootImage) {
     const auto core = package("core").flags(PKG_FLAG_BOOT).file("bin/x", "not unpacked");
     device.write("/flash/boot/kernel", "kernel");
-    device.write("/sys/firmware/devicetree/base/compatible",
-                 std::string("other,board\0ombrelle,ampere\0", 28));
+    device.write("/sys/firmware/devicetree/base/compatible", std::string("other,board\0ombrelle,ampere\0", 28));
     device.install(core);
     EXPECT_EQ(device.read("/flash/bootimage"), core.bytes());
     EXPECT_EQ(device.tree("/flash/var/pdb/core").at("image"), "-> /flash/bootimage");
@@ -58,8 +57,8 @@ TEST_F(StandardInputTest, CarriesOutRequestsBesideAFailedInstall) {
     device.write("/ram/pdb/a/schedule", "disable");
     auto run = device.run({"-"}, package("c").arch("mips").bytes());
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.lines(), (Lines{"disabled a-7.0",
-                                  "ERROR: can not install c-7.0: it is not made for i386, but for mips"}));
+    EXPECT_EQ(run.lines(),
+              (Lines{"disabled a-7.0", "ERROR: can not install c-7.0: it is not made for i386, but for mips"}));
     EXPECT_EQ(device.read("/flash/var/pdb/a/disabled"), "user\n");
     EXPECT_EQ(device.read("/flash/postlog"),
               "disabled a-7.0\n"

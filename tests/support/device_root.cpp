@@ -10,7 +10,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -39,67 +39,41 @@ void showHostDirectory(const std::string& root, const std::string& path) {
         fs::copy_symlink(path, root + path);
     } else if (fs::exists(path)) {
         fs::create_directories(root + path);
-        require(::mount(path.c_str(), (root + path).c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0,
-                "bind " + path);
+        require(::mount(path.c_str(), (root + path).c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0, "bind " + path);
     }
 }
 
-struct Pipe {
-    UniqueFd reading;
-    UniqueFd writing;
-
-    Pipe() {
-        std::array<int, 2> ends;
-        require(::pipe2(ends.data(), O_CLOEXEC) == 0, "pipe");
-        reading = UniqueFd(ends[0]);
-        writing = UniqueFd(ends[1]);
-    }
-};
-
-void closeEnd(UniqueFd& end) { end = UniqueFd(); }
-
-/// Reads what has come. False at the end.
-bool readSome(const UniqueFd& end, std::string& text) {
-    std::array<char, 65536> piece;
-    const ssize_t got = ::read(end.get(), piece.data(), piece.size());
-    if (got > 0) text.append(piece.data(), static_cast<std::size_t>(got));
-    return got > 0;
+/// A file without a name, for what a program writes.
+UniqueFd scratchFile() {
+    UniqueFd file(::memfd_create("output", MFD_CLOEXEC));
+    require(static_cast<bool>(file), "memfd_create");
+    return file;
 }
 
-/// Writes what goes into the pipe. False when all is written, or nobody reads any more.
-bool writeSome(const UniqueFd& end, std::string_view& text) {
-    const ssize_t put = ::write(end.get(), text.data(), text.size());
-    if (put > 0) text.remove_prefix(static_cast<std::size_t>(put));
-    return put > 0 && !text.empty();
+std::string contentOf(UniqueFd file) {
+    require(::lseek(file.get(), 0, SEEK_SET) == 0, "lseek");
+    FileSource source(std::move(file));
+    return {std::istreambuf_iterator<char>(&source), {}};
 }
 
-void exchange(Pipe& in, std::string_view input, Pipe& out, std::string& output, Pipe& err,
-              std::string& errors) {
-    require(::fcntl(in.writing.get(), F_SETFL, O_NONBLOCK) == 0, "fcntl");
-    if (input.empty()) closeEnd(in.writing);
-    while (out.reading || err.reading) {
-        std::array<pollfd, 3> events = {pollfd{out.reading.get(), POLLIN, 0},
-                                        pollfd{err.reading.get(), POLLIN, 0},
-                                        pollfd{in.writing.get(), POLLOUT, 0}};
-        require(::poll(events.data(), events.size(), -1) > 0, "poll");
-        if (events[0].revents != 0 && !readSome(out.reading, output)) closeEnd(out.reading);
-        if (events[1].revents != 0 && !readSome(err.reading, errors)) closeEnd(err.reading);
-        if (events[2].revents != 0 && !writeSome(in.writing, input)) closeEnd(in.writing);
-    }
+/// The reading end of a pipe that another process fills with the text, until nobody reads any more.
+UniqueFd pipeOf(std::string_view text) {
+    std::array<int, 2> ends;
+    require(::pipe2(ends.data(), O_CLOEXEC) == 0, "pipe");
+    UniqueFd reading(ends[0]);
+    const UniqueFd writing(ends[1]);
+    if (::fork() != 0) return reading;
+    reading = UniqueFd();
+    for (ssize_t put = 1; put > 0 && !text.empty(); text.remove_prefix(put > 0 ? static_cast<std::size_t>(put) : 0))
+        put = ::write(writing.get(), text.data(), text.size());
+    std::_Exit(0);
 }
 
-[[noreturn]] void execute(Lines arguments, const std::map<std::string, std::string>& environment,
-                          const Pipe& in, const Pipe& out, const Pipe& err) {
-    (void)::dup2(in.reading.get(), STDIN_FILENO);
-    (void)::dup2(out.writing.get(), STDOUT_FILENO);
-    (void)::dup2(err.writing.get(), STDERR_FILENO);
-    for (const auto& [name, value] : environment) (void)::setenv(name.c_str(), value.c_str(), 1);
-    arguments.insert(arguments.begin(), "installer");
-    std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    ::execv("/installer", argv.data());
-    std::_Exit(127);
+int waitFor(pid_t child) {
+    int status = 0;
+    require(::waitpid(child, &status, 0) == child, "waitpid");
+    while (::waitpid(-1, nullptr, 0) > 0) continue;  // who filled the pipe
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 /// One line of the console as it stands in the end: what follows the last return to its first column.
@@ -146,20 +120,26 @@ DeviceRoot::~DeviceRoot() {
     (void)::rmdir(path_.c_str());
 }
 
-Outcome DeviceRoot::run(const Lines& arguments, std::string_view input) const {
-    Pipe in;
-    Pipe out;
-    Pipe err;
+Outcome DeviceRoot::run(Lines arguments, std::string_view input) const {
+    arguments.insert(arguments.begin(), "installer");
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    UniqueFd in = pipeOf(input);
+    UniqueFd out = scratchFile();
+    UniqueFd err = scratchFile();
     const pid_t child = ::fork();
-    require(child >= 0, "fork");
-    if (child == 0) execute(arguments, environment, in, out, err);
-    for (UniqueFd* end : {&in.reading, &out.writing, &err.writing}) closeEnd(*end);
-    Outcome run;
-    exchange(in, input, out, run.out, err, run.err);
-    int status = 0;
-    require(::waitpid(child, &status, 0) == child, "waitpid");
-    if (WIFEXITED(status)) run.code = WEXITSTATUS(status);
-    return run;
+    if (child == 0) {
+        for (const auto& [name, value] : environment) (void)::setenv(name.c_str(), value.c_str(), 1);
+        (void)::dup2(in.get(), STDIN_FILENO);
+        (void)::dup2(out.get(), STDOUT_FILENO);
+        (void)::dup2(err.get(), STDERR_FILENO);
+        ::execv("/installer", argv.data());
+        std::_Exit(127);
+    }
+    in = UniqueFd();  // or who fills the pipe would wait for this process to read it
+    const int code = waitFor(child);
+    return {.code = code, .out = contentOf(std::move(out)), .err = contentOf(std::move(err))};
 }
 
 void DeviceRoot::install(const PackageBuilder& package) const {
@@ -173,11 +153,8 @@ void DeviceRoot::write(const std::string& path, std::string_view content) const 
 }
 
 std::string DeviceRoot::read(const std::string& path) const {
-    FileSource file(path);
-    if (!file.isOpen()) return "(none)";
-    std::string content;
-    for (int c = file.sbumpc(); c != EOF; c = file.sbumpc()) content.push_back(static_cast<char>(c));
-    return content;
+    UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return file ? contentOf(std::move(file)) : "(none)";
 }
 
 unsigned DeviceRoot::mode(const std::string& path) const {

@@ -33,7 +33,7 @@ public:
     ~DeviceRoot();
 
     /// Runs the installer with the arguments, and with the bytes on a pipe as its standard input.
-    Outcome run(const Lines& arguments, std::string_view input = {}) const;
+    Outcome run(Lines arguments, std::string_view input = {}) const;
 
     /// run({"-"}) on a package, which has to go through.
     void install(const PackageBuilder& package) const;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 
 #include <fcntl.h>
 #include <sched.h>
@@ -47,7 +48,5 @@ int hostRoot() {
 
 std::string hostFile(const std::string& path) {
     FileSource file(UniqueFd{::openat(hostRoot(), path.substr(1).c_str(), O_RDONLY | O_CLOEXEC)});
-    std::string content;
-    for (int c = file.sbumpc(); c != EOF; c = file.sbumpc()) content.push_back(static_cast<char>(c));
-    return content;
+    return {std::istreambuf_iterator<char>(&file), {}};
 }

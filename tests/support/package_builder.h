@@ -14,49 +14,57 @@ class PackageBuilder {
 public:
     PackageBuilder(std::string name, bool isBundle);
 
-    PackageBuilder& version(PackageVersion version);
-    PackageBuilder& buildTime(std::uint32_t seconds);
-    PackageBuilder& flags(std::uint32_t flags);
-    PackageBuilder& arch(std::string name);
-    PackageBuilder& note(std::string text);
-    PackageBuilder& depends(std::string name, PackageVersion lowest = 0, PackageVersion highest = 0);
-    PackageBuilder& provides(std::string name, std::int32_t priority = 0, PackageVersion lowest = 0,
-                             PackageVersion highest = 0);
-    PackageBuilder& conflicts(std::string name, PackageVersion lowest = 0, PackageVersion highest = 0);
+    PackageBuilder& version(PackageVersion version) { return info_.version = version, *this; }
+    PackageBuilder& buildTime(std::uint32_t seconds) { return info_.buildTime = seconds, *this; }
+    PackageBuilder& flags(std::uint32_t flags) { return info_.flags = flags, *this; }
+    PackageBuilder& arch(const std::string& name) { return info_.arch = name, *this; }
+    PackageBuilder& note(const std::string& text) { return info_.note = text, *this; }
+    PackageBuilder& unrecorded() { return magic_ = UNRECORDED_MAGIC, *this; }
 
+    PackageBuilder& depends(const std::string& name, PackageVersion lowest = 0, PackageVersion highest = 0) {
+        return info_.dependencies.push_back({name, lowest, highest}), *this;
+    }
+    PackageBuilder& provides(const std::string& name, std::int32_t priority = 0, PackageVersion lowest = 0,
+                             PackageVersion highest = 0) {
+        return info_.provides.push_back({name, lowest, highest, priority}), *this;
+    }
+    PackageBuilder& conflicts(const std::string& name, PackageVersion lowest = 0, PackageVersion highest = 0) {
+        return info_.conflicts.push_back({name, lowest, highest}), *this;
+    }
+
+    /// Contents: a file of PART_FILES, inflated bytes of that part as they stand, the image, any part ahead of
+    /// the files under the digest, and any behind the signature.
     PackageBuilder& file(std::string_view name, std::string_view content, std::uint32_t mode = 0100644);
-    PackageBuilder& image(std::string content);
-    PackageBuilder& unrecorded();
+    PackageBuilder& rawFiles(std::string_view inflated) { return records_ += inflated, *this; }
+    PackageBuilder& image(const std::string& content) { return ahead(PART_IMAGE, content); }
+    PackageBuilder& ahead(PartId id, const std::string& payload) { return ahead_.emplace_back(id, payload), *this; }
+    PackageBuilder& behind(PartId id, const std::string& payload) { return behind_.emplace_back(id, payload), *this; }
 
-    PackageBuilder& sha1();                ///< no SHA-256 marker
-    PackageBuilder& markerBehindHeader();  ///< so that the header is in no digest
-    PackageBuilder& shortSignature();
-    PackageBuilder& signatureSize(std::size_t size);         ///< of its payload, cut off or padded
-    PackageBuilder& badSignature();                          ///< neither half holds
-    PackageBuilder& badEd25519();                            ///< the EC-KCDSA half holds
-    PackageBuilder& behind(PartId id, std::string payload);  ///< a part behind the signature
-    PackageBuilder& ahead(PartId id,
-                          std::string payload);           ///< a part behind the description, under the digest
-    PackageBuilder& rawFiles(std::string_view inflated);  ///< PART_FILES with these inflated bytes
+    /// Signature: no SHA-256 marker, or one that leaves the header out of the digest; a payload cut off or
+    /// padded to a size; neither half holding, or only the one of EC-KCDSA.
+    PackageBuilder& sha1() { return marker_ = Marker::None, *this; }
+    PackageBuilder& markerBehindHeader() { return marker_ = Marker::BehindHeader, *this; }
+    PackageBuilder& signatureSize(std::size_t size) { return signatureSize_ = size, *this; }
+    PackageBuilder& shortSignature() { return signatureSize(SHORT_SIGNATURE_SIZE); }
+    PackageBuilder& badSignature();
+    PackageBuilder& badEd25519() { return damage_.push_back(SIGNATURE_ED25519_OFFSET), *this; }
 
     /// Of a bundle: a member, and the name of one to install disabled.
-    PackageBuilder& member(const PackageBuilder& package);
-    PackageBuilder& disabledMember(std::string name);
+    PackageBuilder& member(const PackageBuilder& package) { return members_.push_back(package), *this; }
+    PackageBuilder& disabledMember(const std::string& name) { return listed_.push_back({name}), *this; }
 
     std::string bytes() const;
 
 private:
-    using Part = std::pair<PartId, std::string>;
-
     void writePackage(PackageWriter& writer, std::iostream& out) const;
     void writeBundle(PackageWriter& writer, std::iostream& out) const;
 
     PackageInfo info_;
     std::uint32_t magic_ = PACKAGE_MAGIC;
-    std::vector<Part> ahead_;
-    std::vector<Part> behind_;
+    std::vector<std::pair<PartId, std::string>> ahead_;
+    std::vector<std::pair<PartId, std::string>> behind_;
     std::vector<PackageBuilder> members_;
-    std::vector<PackageDependency> disabledMembers_;
+    std::vector<PackageDependency> listed_;
     enum class Marker { None, InFront, BehindHeader } marker_ = Marker::InFront;
     std::string records_;              // of PART_FILES, inflated
     std::vector<std::size_t> damage_;  // offsets in the signature part, of bytes to be changed
@@ -65,6 +73,11 @@ private:
 
 PackageBuilder package(std::string name);
 PackageBuilder bundle(std::string name);
+
+using Parts = std::vector<std::pair<PartId, std::string>>;
+
+/// A container of these parts and no signature.
+std::string container(const Parts& parts, std::uint32_t magic = PACKAGE_MAGIC);
 
 /// One record of PART_FILES, as it stands inflated.
 std::string fileRecord(std::string_view name, std::string_view content, std::uint32_t mode = 0100644,

@@ -25,6 +25,5 @@ struct BundleRecipe {
 };
 
 /// Each writes its file whole or not at all.
-[[nodiscard]] Failure buildPackage(const PackageRecipe& recipe, const SigningKeys& keys,
-                                   const std::string& output);
+[[nodiscard]] Failure buildPackage(const PackageRecipe& recipe, const SigningKeys& keys, const std::string& output);
 [[nodiscard]] Failure buildBundle(const BundleRecipe& recipe, const std::string& output);

@@ -44,8 +44,7 @@ std::string nameFrom(const std::string& text) {
 std::int32_t priorityFrom(const std::string& text) {
     std::int32_t priority = 0;
     const char* end = text.data() + text.size();
-    if (const auto [at, error] = std::from_chars(text.data(), end, priority);
-        error != std::errc() || at != end)
+    if (const auto [at, error] = std::from_chars(text.data(), end, priority); error != std::errc() || at != end)
         throw CLI::ValidationError("priority \"" + text + "\": expected a whole number");
     return priority;
 }
@@ -96,9 +95,8 @@ void addDescriptionOptions(CLI::App& command, PackageInfo& info, std::string& im
         .add_option_function<std::vector<std::string>>(
             "--flag",
             [&](const std::vector<std::string>& flags) {
-                const std::map<std::string, std::uint32_t> bits = {{"boot", PKG_FLAG_BOOT},
-                                                                   {"no-metadata", PKG_FLAG_NO_METADATA},
-                                                                   {"discard", PKG_FLAG_DISCARD}};
+                const std::map<std::string, std::uint32_t> bits = {
+                    {"boot", PKG_FLAG_BOOT}, {"no-metadata", PKG_FLAG_NO_METADATA}, {"discard", PKG_FLAG_DISCARD}};
                 for (const std::string& flag : flags) info.flags |= bits.at(flag);
             },
             "A header flag")
@@ -121,10 +119,8 @@ struct BuildCommand {
         CLI::App& command = *app.add_subcommand("build", "Build one signed package");
         addDescriptionOptions(command, recipe.info, recipe.image, output);
         addEntryOption(command, "--depends", recipe.info.dependencies, "Needs NAME[:LOWEST[:HIGHEST]]");
-        addEntryOption(command, "--provides", recipe.info.provides,
-                       "Stands in for NAME[:LOWEST[:HIGHEST[:PRIORITY]]]");
-        addEntryOption(command, "--conflicts", recipe.info.conflicts,
-                       "Conflicts with NAME[:LOWEST[:HIGHEST]]");
+        addEntryOption(command, "--provides", recipe.info.provides, "Stands in for NAME[:LOWEST[:HIGHEST[:PRIORITY]]]");
+        addEntryOption(command, "--conflicts", recipe.info.conflicts, "Conflicts with NAME[:LOWEST[:HIGHEST]]");
         command.add_option("--tree", recipe.tree, "Directory to take in as the file tree")->type_name("DIR");
         command.add_option("--keys", keys, "Folder of the private keys ed25519.key and kcdsa.key")
             ->type_name("DIR")
@@ -151,11 +147,8 @@ struct BundleCommand {
     void addTo(CLI::App& app, Failure& failure) {
         CLI::App& command = *app.add_subcommand("bundle", "Join signed packages into a bundle");
         addDescriptionOptions(command, recipe.info, recipe.image, output);
-        addEntryOption(command, "--disabled-member", recipe.disabledMembers,
-                       "NAME of a member to install disabled");
-        command.add_option("members", recipe.members, "Package files, in install order")
-            ->type_name("FILE")
-            ->required();
+        addEntryOption(command, "--disabled-member", recipe.disabledMembers, "NAME of a member to install disabled");
+        command.add_option("members", recipe.members, "Package files, in install order")->type_name("FILE")->required();
         command.callback([this, &failure] { failure = buildBundle(recipe, output); });
     }
 };

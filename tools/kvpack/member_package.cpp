@@ -26,8 +26,7 @@ Failure checkPlace(PartId id, const Progress& seen, bool needsMarker) {
     return std::nullopt;
 }
 
-Failure appendParts(PackageWriter& writer, const std::string& bundleName, PartReader& reader,
-                    bool& usesSha256) {
+Failure appendParts(PackageWriter& writer, const std::string& bundleName, PartReader& reader, bool& usesSha256) {
     if (reader.magic() != PACKAGE_MAGIC) return "is no ordinary package";
     Progress seen;
     wantEveryPart(reader);
@@ -52,8 +51,7 @@ Failure appendParts(PackageWriter& writer, const std::string& bundleName, PartRe
 
 }  // namespace
 
-Failure appendMember(PackageWriter& writer, const std::string& bundleName, const std::string& path,
-                     bool& usesSha256) {
+Failure appendMember(PackageWriter& writer, const std::string& bundleName, const std::string& path, bool& usesSha256) {
     FileSource file(path);
     PartReader reader(file, false, nullptr);
     if (auto failure = appendParts(writer, bundleName, reader, usesSha256)) return path + ' ' + *failure;

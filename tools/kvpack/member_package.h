@@ -12,5 +12,5 @@
 ///             one with it.
 ///
 /// Fails for a file that is no single signed package, or that has a part behind its signature.
-[[nodiscard]] Failure appendMember(PackageWriter& writer, const std::string& bundleName,
-                                   const std::string& path, bool& usesSha256);
+[[nodiscard]] Failure appendMember(PackageWriter& writer, const std::string& bundleName, const std::string& path,
+                                   bool& usesSha256);

@@ -141,8 +141,7 @@ void PackageWriter::sign(const SigningKeys& keys, std::size_t size) {
 }
 
 void PackageWriter::finish() {
-    const std::streamoff length =
-        std::streamoff(out_.tellp()) - static_cast<std::streamoff>(FILE_HEADER_SIZE);
+    const std::streamoff length = std::streamoff(out_.tellp()) - static_cast<std::streamoff>(FILE_HEADER_SIZE);
     if (length > 0xFFFFFFFF) out_.setstate(std::ios::failbit);
     std::array<std::byte, 4> field;
     storeU32(field, static_cast<std::uint32_t>(length));

@@ -104,8 +104,8 @@ private:
 
     void printPart() {
         const PartId id = reader_.partId();
-        out_ << std::setw(10) << reader_.partOffset() << std::setw(4) << id << "  " << std::left
-             << std::setw(16) << partName(id) << std::right << std::setw(10) << reader_.partSize();
+        out_ << std::setw(10) << reader_.partOffset() << std::setw(4) << id << "  " << std::left << std::setw(16)
+             << partName(id) << std::right << std::setw(10) << reader_.partSize();
         switch (id) {
             case PART_PACKAGE_HEADER:
             case PART_BUNDLE_HEADER: printHeader(); break;
@@ -162,9 +162,7 @@ private:
         const auto holds = [index](const std::vector<bool>& verdicts) {
             return index < verdicts.size() && verdicts[index];
         };
-        out_ << (holds(byEd25519_)  ? "  holds"
-                 : holds(byEither_) ? "  holds by EC-KCDSA alone"
-                                    : "  does not hold");
+        out_ << (holds(byEd25519_) ? "  holds" : holds(byEither_) ? "  holds by EC-KCDSA alone" : "  does not hold");
     }
 
     FileSource file_;

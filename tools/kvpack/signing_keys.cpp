@@ -15,14 +15,11 @@ const std::uint8_t* octets(std::span<const std::byte> bytes) {
     return reinterpret_cast<const std::uint8_t*>(bytes.data());
 }
 
-std::uint8_t* writableOctets(std::span<std::byte> bytes) {
-    return reinterpret_cast<std::uint8_t*>(bytes.data());
-}
+std::uint8_t* writableOctets(std::span<std::byte> bytes) { return reinterpret_cast<std::uint8_t*>(bytes.data()); }
 
 /// Order of the group that the base point generates.
 const mpz_class& groupOrder() {
-    static const mpz_class order =
-        (mpz_class(1) << 252) + mpz_class("27742317777372353535851937790883648493");
+    static const mpz_class order = (mpz_class(1) << 252) + mpz_class("27742317777372353535851937790883648493");
     return order;
 }
 
