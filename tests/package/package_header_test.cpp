@@ -10,10 +10,12 @@ namespace {
 
 /// A parsed package with all that the parse needs to live.
 struct Parsed {
-    explicit Parsed(const std::string& bytes) : source(bytes), reader(source, true, nullptr) {
+    explicit Parsed(const std::string& bytes) : source(bytes), reader(source, true, nullptr), result(parse()) {}
+
+    bool parse() {
         reader.want({18, 1, 24, 16, 2, 23, 3, 19, 17, 21, 4});
         reader.nextPart();
-        result = parsePackageHeader(info, reader);
+        return parsePackageHeader(info, reader);
     }
 
     std::stringbuf source;

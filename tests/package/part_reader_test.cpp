@@ -29,8 +29,10 @@ std::string readAll(std::istream& in) { return {std::istreambuf_iterator<char>(i
 /// A source that cannot seek, as a pipe.
 struct Pipe : std::stringbuf {
     using std::stringbuf::stringbuf;
-    pos_type seekoff(off_type, std::ios::seekdir, std::ios::openmode) override { return off_type(-1); }
-    pos_type seekpos(pos_type, std::ios::openmode) override { return off_type(-1); }
+    pos_type seekoff(off_type /*offset*/, std::ios::seekdir /*from*/, std::ios::openmode /*mode*/) override {
+        return off_type(-1);
+    }
+    pos_type seekpos(pos_type /*position*/, std::ios::openmode /*mode*/) override { return off_type(-1); }
 };
 
 /// The four ways in which a reader can pass a package.
