@@ -104,12 +104,12 @@ DeviceRoot::DeviceRoot(unsigned flashSize, unsigned ramSize) {
     require(::mkdtemp(path.data()) != nullptr, "mkdtemp");
     path_ = path;
     mountTmpfs(path_, 65536);
-    for (const char* shown : {"/usr", "/lib", "/lib64", "/proc"}) showHostDirectory(path_, shown);
+    for (const char* shown : {"/usr", "/lib", "/lib64", "/proc", "/dev"}) showHostDirectory(path_, shown);
     mountTmpfs(path_ + "/flash", flashSize);
     mountTmpfs(path_ + "/ram", ramSize);
-    for (const char* directory : {"/flash/var/pdb", "/rw", "/tmp", "/bin", "/dev"})
-        fs::create_directories(path_ + directory);
+    for (const char* directory : {"/flash/var/pdb", "/rw", "/tmp", "/bin"}) fs::create_directories(path_ + directory);
     fs::copy_file(INSTALLER_PROGRAM, path_ + "/installer");
+    fs::copy_file(VORN_PROGRAM, path_ + "/bin/vorn");
     require(::chroot(path_.c_str()) == 0 && ::chdir("/") == 0, "chroot");
 }
 
@@ -121,7 +121,11 @@ DeviceRoot::~DeviceRoot() {
 }
 
 Outcome DeviceRoot::run(Lines arguments, std::string_view input) const {
-    arguments.insert(arguments.begin(), "installer");
+    arguments.insert(arguments.begin(), "/installer");
+    return execute(std::move(arguments), input);
+}
+
+Outcome DeviceRoot::execute(Lines arguments, std::string_view input) const {
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
@@ -134,7 +138,7 @@ Outcome DeviceRoot::run(Lines arguments, std::string_view input) const {
         (void)::dup2(in.get(), STDIN_FILENO);
         (void)::dup2(out.get(), STDOUT_FILENO);
         (void)::dup2(err.get(), STDERR_FILENO);
-        ::execv("/installer", argv.data());
+        ::execv(argv.front(), argv.data());
         std::_Exit(127);
     }
     in = UniqueFd();  // or who fills the pipe would wait for this process to read it
@@ -173,4 +177,14 @@ Tree DeviceRoot::tree(const std::string& directory) const {
             tree[name + '/'] = "";
     }
     return tree;
+}
+
+Tree DeviceRoot::exactTree(const std::string& directory) const {
+    Tree exact;
+    for (const auto& [name, content] : tree(directory)) {
+        struct stat status {};
+        (void)::lstat((directory + '/' + name).c_str(), &status);
+        exact[name] = std::to_string(status.st_mode) + ' ' + std::to_string(status.st_ino) + ' ' + content;
+    }
+    return exact;
 }

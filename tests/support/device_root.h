@@ -22,8 +22,8 @@ struct Outcome {
 };
 
 /// An empty device of its own for one test: "/flash" and "/ram" on two file systems, "/rw" and "/tmp"
-/// beside them. The test lives in it by chroot from construction to destruction, and so do the programs
-/// that it starts. Gone with the object.
+/// beside them, and "/bin/vorn", which appends its arguments to "/rw/vorn-calls". The test lives in it by chroot from
+/// construction to destruction, and so do the programs that it starts. Gone with the object.
 class DeviceRoot {
 public:
     /// Sizes in KiB of the two file systems.
@@ -34,6 +34,9 @@ public:
 
     /// Runs the installer with the arguments, and with the bytes on a pipe as its standard input.
     Outcome run(Lines arguments, std::string_view input = {}) const;
+
+    /// Runs any program of the machine or the device; the first argument is its path.
+    Outcome execute(Lines arguments, std::string_view input = {}) const;
 
     /// run({"-"}) on a package, which has to go through.
     void install(const PackageBuilder& package) const;
@@ -51,6 +54,9 @@ public:
     unsigned mode(const std::string& path) const;
 
     Tree tree(const std::string& directory) const;
+
+    /// The same with the mode and the inode of each file: what a file that was written again differs in.
+    Tree exactTree(const std::string& directory) const;
 
 private:
     std::string path_;  // of the device's root on the machine
