@@ -55,7 +55,10 @@ struct PartReaderTest : testing::TestWithParam<Passage> {
     std::unique_ptr<PartReader> reader;
 };
 
-INSTANTIATE_TEST_SUITE_P(, PartReaderTest, testing::ValuesIn(PASSAGES));
+INSTANTIATE_TEST_SUITE_P(, PartReaderTest, testing::ValuesIn(PASSAGES), [](const auto& passage) {
+    return std::string(passage.param.hashing ? "Hashing" : "Plain") + (passage.param.tee ? "WithTee" : "") +
+           (passage.param.seekable ? "FromAFile" : "FromAPipe");
+});
 
 TEST_P(PartReaderTest, HandsOutWantedPartsAndSkipsTheRest) {
     const std::string big(50000, 'x');
