@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <filesystem>
-#include <regex>
 
 #include <sys/mount.h>
 
@@ -88,9 +87,9 @@ TEST_F(ScheduledDiskTest, OneFailureLeavesTheDeviceAsItWas) {
         {"missing package", bundle("suite").version(V8).member(package("beta")).bytes(), 0,
          "ERROR: missing package alpha"},
         {"no room on the kernel disk", package("bad").file("boot/kernel", std::string(5000000, 'k')).bytes(), 28,
-         "ERROR: upgrade failed, free # kB of kernel disk space"},
+         "ERROR: upgrade failed, free  kB of kernel disk space"},
         {"no room on the disk", package("bad").file("big", std::string(5000000, 'b')).bytes(), 28,
-         "ERROR: upgrade failed, free # kB of disk space"},
+         "ERROR: upgrade failed, free  kB of disk space"},
         {"unwritable record", package("unwritable").bytes(), 0, unwritable + "No such file or directory"}};
     for (const Case& c : cases) {
         fs::remove_all(FLASH);
@@ -105,7 +104,9 @@ TEST_F(ScheduledDiskTest, OneFailureLeavesTheDeviceAsItWas) {
         const Tree before = device.exactTree("/flash");
         const auto run = device.run({});
         EXPECT_EQ(run.code, c.code) << c.what;
-        const std::string log = std::regex_replace(device.read("/flash/postlog"), std::regex("free [0-9]+"), "free #");
+        std::string log = device.read("/flash/postlog");
+        if (c.code == 28)  // how much is missing hangs on the file system
+            std::erase_if(log, [](char letter) { return letter >= '0' && letter <= '9'; });
         EXPECT_TRUE(log.ends_with(c.lastLine + '\n')) << c.what << ": " << log;
         forget();
         EXPECT_EQ(device.exactTree("/flash"), before) << c.what;
