@@ -52,10 +52,6 @@ void loadRequest(InstalledPackage& package) {
 
 }  // namespace
 
-bool InstalledPackage::hasUsableName() const {
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
-}
-
 void InstalledPackage::loadState() {
     if (version == 0) loadMetaFiles(*this);
 

@@ -31,9 +31,6 @@ struct InstalledPackage : PackageInfo {
     /// members from becoming active by a conflict. Notes never reach the disk.
     bool isConflictNote() const { return name.empty(); }
 
-    /// Whether the name can be that of a directory in the database, and of nothing outside it.
-    bool hasUsableName() const;
-
     /// Completes a record whose `version` is 0 from the meta files in its directory, and reads the state
     /// of any record: `disabled`, `user` and the request in `scheduled`. Damage to the meta files makes the
     /// package due for removal; nothing is reported.

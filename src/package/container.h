@@ -14,6 +14,8 @@ constexpr std::size_t PART_HEADER_SIZE = 6;
 constexpr std::uint32_t PACKAGE_MAGIC = 0xBAD0F11E;     ///< an ordinary package or bundle
 constexpr std::uint32_t UNRECORDED_MAGIC = 0xA1100FFB;  ///< replaces nothing, leaves no database record
 
+constexpr bool isPackageMagic(std::uint32_t magic) { return magic == PACKAGE_MAGIC || magic == UNRECORDED_MAGIC; }
+
 /// Unsigned 16-bit in the file. In memory PART_END stands for the end of the stream. An id without a name
 /// here is legal, and a reader skips it.
 using PartId = std::int32_t;

@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string>
 #include <string_view>
-
-#include <sys/stat.h>
 
 #include "apply/change_journal.h"
 #include "console/reporter.h"
@@ -17,40 +14,11 @@
 
 namespace {
 
-struct RecordHead {
-    std::uint32_t mode;
-    bool isSkipped;  ///< nothing is written for it, whatever its type
-    std::uint32_t dataLength;
-    std::uint16_t nameLength;
-};
-
-/// Nothing at the end of the records, in order or not.
-std::optional<RecordHead> readHead(InflateStream& records) {
-    std::array<std::byte, RECORD_HEAD_SIZE> head;
-    if (!readExactly(records, head)) return std::nullopt;
-    const std::span bytes(head);
-    return RecordHead{.mode = loadU16(bytes.first<2>()),
-                      .isSkipped = bytes[RECORD_SKIP_OFFSET] != std::byte{0},
-                      .dataLength = loadU32(bytes.subspan<RECORD_DATA_LENGTH_OFFSET, 4>()),
-                      .nameLength = loadU16(bytes.subspan<RECORD_NAME_LENGTH_OFFSET, 2>())};
-}
-
 std::string relativePath(const InstalledPackage& package, std::string_view name) {
     std::string path;
     if (package.disabled) path += "/x/" + package.name;
     if (!name.starts_with('/')) path += '/';
     return path.append(name);
-}
-
-/// Whether a record of this name can be a file below the tree that it is staged in.
-bool isUsableName(std::string_view name) {
-    if (name.empty() || name.ends_with('/')) return false;
-    while (!name.empty()) {
-        const auto component = name.substr(0, name.find('/'));
-        if (component == "..") return false;
-        name.remove_prefix(std::min(name.size(), component.size() + 1));
-    }
-    return true;
 }
 
 enum class CopyResult { Done, SourceEnded, WriteFailed };
@@ -74,7 +42,7 @@ public:
         : package_(package), journal_(journal), reader_(reader), reporter_(reporter), records_(*reader.rdbuf()) {}
 
     bool run() {
-        while (const auto head = readHead(records_))
+        while (const auto head = readRecordHead(records_))
             if (!takeRecord(*head)) return false;
         return true;
     }
@@ -86,14 +54,14 @@ private:
             reporter_.reportBrokenPackage(package_);
             return false;
         }
-        if (S_ISREG(head.mode) && !head.isSkipped) return stageRecord(head);
+        if (head.isWritten) return stageRecord(head);
         records_.seekg(head.dataLength, std::ios_base::cur);
         return true;
     }
 
     bool stageRecord(const RecordHead& head) {
         const std::string name(untilNul(name_));
-        if (!isUsableName(name)) {
+        if (!isUsableRecordName(name)) {
             reporter_.reportBrokenPackage(package_);
             return false;
         }

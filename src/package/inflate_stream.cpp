@@ -29,8 +29,9 @@ InflateStreamBuf::int_type InflateStreamBuf::underflow() {
         zstream_.avail_out = static_cast<uInt>(outBuffer_.size());
         const int result = inflate(&zstream_, Z_PARTIAL_FLUSH);
         if (result != Z_OK && result != Z_STREAM_END) return traits_type::eof();
+        ended_ = result == Z_STREAM_END;
         const auto delivered = outBuffer_.size() - zstream_.avail_out;
-        if (delivered == 0 && result == Z_STREAM_END) return traits_type::eof();
+        if (delivered == 0 && ended_) return traits_type::eof();
         setg(outBuffer_.data(), outBuffer_.data(), outBuffer_.data() + delivered);
         produced_ += static_cast<off_type>(delivered);
     }

@@ -17,6 +17,9 @@ public:
     InflateStreamBuf& operator=(const InflateStreamBuf&) = delete;
     ~InflateStreamBuf() override;
 
+    /// Whether the data came to their end because the compressed stream did.
+    bool hasEnded() const { return ended_; }
+
 protected:
     pos_type seekoff(off_type offset, std::ios_base::seekdir from, std::ios_base::openmode mode) override;
     pos_type seekpos(pos_type position, std::ios_base::openmode mode) override;
@@ -31,6 +34,7 @@ private:
     z_stream zstream_{};
     std::streambuf& source_;
     off_type produced_ = 0;  // bytes inflated so far
+    bool ended_ = false;
 };
 
 /// Input stream over an InflateStreamBuf of its own.

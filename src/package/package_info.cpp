@@ -1,5 +1,9 @@
 #include "package/package_info.h"
 
+bool PackageInfo::hasUsableName() const {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+}
+
 std::string dependencyText(const PackageDependency& dependency) {
     if (dependency.minVersion == 0) return dependency.name;
     return dependency.name + '-' + versionText(dependency.minVersion);

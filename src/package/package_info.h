@@ -48,6 +48,9 @@ struct PackageInfo {
 
     /// A placeholder takes no part in the relations between packages.
     bool isPlaceholder() const { return version == 0xFFFFFFFF && buildTime == 0xFFFFFFFF; }
+
+    /// Whether the name can be that of a directory, and of nothing outside the one that this stands in.
+    bool hasUsableName() const;
 };
 
 /// Name, dash and version: the way most messages call a package.

@@ -13,7 +13,7 @@ PartReader::PartReader(std::streambuf& source, bool hashing, std::streambuf* tee
         magic_ = loadU32(std::span(header).first<4>());
         length_ = loadU32(std::span(header).last<4>()) + static_cast<std::uint32_t>(FILE_HEADER_SIZE);
     }
-    if (magic_ != PACKAGE_MAGIC && magic_ != UNRECORDED_MAGIC) setstate(badbit);
+    if (!isPackageMagic(magic_)) setstate(badbit);
 }
 
 PartId PartReader::nextPart() {

@@ -22,7 +22,7 @@ template <class Operation>
 auto silently(PackageDb& db, Operation operation) {
     db.messages.clear();
     std::cout.setstate(std::ios::badbit);
-    const auto result = operation();
+    auto result = operation();
     std::cout.clear();
     return result;
 }

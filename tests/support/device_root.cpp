@@ -184,7 +184,8 @@ Tree DeviceRoot::exactTree(const std::string& directory) const {
     for (const auto& [name, content] : tree(directory)) {
         struct stat status {};
         (void)::lstat((directory + '/' + name).c_str(), &status);
-        exact[name] = std::to_string(status.st_mode) + ' ' + std::to_string(status.st_ino) + ' ' + content;
+        exact[name] = std::to_string(status.st_mode) + ' ' + std::to_string(status.st_ino) + ' ';
+        exact[name] += content;
     }
     return exact;
 }

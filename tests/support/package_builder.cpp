@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "kvpack/files_part.h"
+#include "kvpack/key_folder.h"
 #include "package/file_record.h"
 #include "support/host.h"
 

@@ -1,11 +1,8 @@
 #include "kvpack/member_package.h"
 
-#include <filesystem>
-
-#include "kvpack/every_part.h"
+#include "kvpack/package_parts.h"
 #include "package/bytes.h"
 #include "package/package_header.h"
-#include "platform/file_source.h"
 
 namespace {
 
@@ -26,11 +23,11 @@ Failure checkPlace(PartId id, const Progress& seen, bool needsMarker) {
     return std::nullopt;
 }
 
-Failure appendParts(PackageWriter& writer, const std::string& bundleName, PartReader& reader, bool& usesSha256) {
+Failure appendParts(PackageWriter& writer, const std::string& bundleName, PackageParts& file, bool& usesSha256) {
+    PartReader& reader = file.reader();
     if (reader.magic() != PACKAGE_MAGIC) return "is no ordinary package";
     Progress seen;
-    wantEveryPart(reader);
-    while (reader.nextPart() != PART_END) {
+    while (file.nextPart()) {
         const PartId id = reader.partId();
         if (auto failure = checkPlace(id, seen, usesSha256)) return failure;
         seen.hasHeader |= id == PART_PACKAGE_HEADER;
@@ -45,6 +42,7 @@ Failure appendParts(PackageWriter& writer, const std::string& bundleName, PartRe
         writer.endPart();
     }
     usesSha256 |= seen.hasMarker;
+    if (file.cutOff()) return "is cut off";
     if (!seen.hasHeader || !seen.isSigned) return "is no signed package";
     return std::nullopt;
 }
@@ -52,10 +50,8 @@ Failure appendParts(PackageWriter& writer, const std::string& bundleName, PartRe
 }  // namespace
 
 Failure appendMember(PackageWriter& writer, const std::string& bundleName, const std::string& path, bool& usesSha256) {
-    FileSource file(path);
-    PartReader reader(file, false, nullptr);
-    if (auto failure = appendParts(writer, bundleName, reader, usesSha256)) return path + ' ' + *failure;
-    std::error_code error;
-    if (reader.partOffset() != std::filesystem::file_size(path, error)) return path + " is cut off";
+    PackageParts file(path);
+    if (auto failure = file.openFailure()) return failure;
+    if (auto failure = appendParts(writer, bundleName, file, usesSha256)) return path + ' ' + *failure;
     return std::nullopt;
 }

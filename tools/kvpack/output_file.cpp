@@ -4,8 +4,14 @@
 #include <cstdio>
 #include <cstring>
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), temporary_(path_ + ".part") {
-    stream_.open(temporary_, std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary);
+#include <fcntl.h>
+
+#include "platform/unique_fd.h"
+
+OutputFile::OutputFile(std::string path, mode_t mode) : path_(std::move(path)), temporary_(path_ + ".part") {
+    // With its mode from the start, so that nobody else ever reads a private key.
+    const UniqueFd made(::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode));
+    if (made) stream_.open(temporary_, std::ios::in | std::ios::out | std::ios::binary);
 }
 
 OutputFile::~OutputFile() {

@@ -4,6 +4,7 @@
 #include <array>
 #include <iostream>
 
+#include "kvpack/package_parts.h"
 #include "package/bytes.h"
 #include "package/package_header.h"
 #include "package/package_signature.h"
@@ -149,4 +150,10 @@ void PackageWriter::finish() {
     write(asText(field));
     out_.seekp(0, std::ios::end);
     out_.flush();
+}
+
+void copyPart(PartReader& reader, PackageWriter& writer) {
+    writer.beginPart(reader.partId());
+    for (std::string piece = readPiece(reader); !piece.empty(); piece = readPiece(reader)) writer.write(piece);
+    writer.endPart();
 }

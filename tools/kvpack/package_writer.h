@@ -7,6 +7,7 @@
 #include "kvpack/signing_keys.h"
 #include "package/container.h"
 #include "package/package_info.h"
+#include "package/part_reader.h"
 
 /// Writes one package container to a stream that can be read and written at any place, as a file or a
 /// string stream can. It streams: payloads are not held, sizes are put in when they are known, and the
@@ -42,3 +43,6 @@ private:
     std::streamoff digestStart_ = 0;  // of the part header that the running message began with
     bool usesSha256_ = false;
 };
+
+/// Copies the part that a reader stands on.
+void copyPart(PartReader& reader, PackageWriter& writer);

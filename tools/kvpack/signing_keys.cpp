@@ -1,9 +1,5 @@
 #include "kvpack/signing_keys.h"
 
-#include <charconv>
-#include <fstream>
-#include <string_view>
-
 #include <gmpxx.h>
 #include <nettle/curve25519.h>
 #include <nettle/eddsa.h>
@@ -70,22 +66,6 @@ Scalar nonceFor(const KcdsaKey& key, KcdsaDigest digest) {
     return nonce;
 }
 
-Failure readKeyFile(const std::string& path, std::array<std::byte, 32>& key) {
-    std::ifstream file(path);
-    if (!file) return "cannot read the key file " + path;
-    std::string text;
-    file >> text;
-    bool isHex = text.size() == 2 * key.size();
-    for (std::size_t i = 0; isHex && i < key.size(); ++i) {
-        std::uint8_t value = 0;
-        const char* digits = text.data() + 2 * i;
-        isHex = std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2;
-        key[i] = static_cast<std::byte>(value);
-    }
-    if (!isHex) return "the key file " + path + " does not hold 64 hex digits";
-    return std::nullopt;
-}
-
 }  // namespace
 
 Ed25519Key ed25519KeyFrom(const std::array<std::byte, 32>& seed) {
@@ -103,15 +83,6 @@ KcdsaKey kcdsaKeyFrom(const Scalar& privateKey) {
     const KcdsaSignature signature = signKcdsa(key, digest);
     key.isNegated = !verifyKcdsa(key.publicKey, digest, signature.r, signature.v);
     return key;
-}
-
-Failure loadSigningKeys(const std::string& folder, SigningKeys& keys) {
-    std::array<std::byte, 32> seed;
-    Scalar scalar;
-    if (auto failure = readKeyFile(folder + "/ed25519.key", seed)) return failure;
-    if (auto failure = readKeyFile(folder + "/kcdsa.key", scalar)) return failure;
-    keys = {.ed25519 = ed25519KeyFrom(seed), .kcdsa = kcdsaKeyFrom(scalar)};
-    return std::nullopt;
 }
 
 std::array<std::byte, 64> signEd25519(const Ed25519Key& key, std::span<const std::byte> message) {

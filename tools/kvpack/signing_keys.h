@@ -3,9 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
-#include <string>
 
-#include "kvpack/failure.h"
 #include "package/kcdsa.h"
 
 /// An Ed25519 private key (RFC 8032) with its public half.
@@ -29,9 +27,6 @@ struct SigningKeys {
 
 Ed25519Key ed25519KeyFrom(const std::array<std::byte, 32>& seed);
 KcdsaKey kcdsaKeyFrom(const Scalar& privateKey);
-
-/// Reads the files ed25519.key and kcdsa.key of a folder, each 64 hex digits in one line.
-[[nodiscard]] Failure loadSigningKeys(const std::string& folder, SigningKeys& keys);
 
 /// The Ed25519 signature of a message.
 std::array<std::byte, 64> signEd25519(const Ed25519Key& key, std::span<const std::byte> message);

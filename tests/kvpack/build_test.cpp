@@ -1,53 +1,15 @@
 #include <algorithm>
 #include <filesystem>
-#include <iterator>
-#include <sstream>
 
-#include <gtest/gtest.h>
+#include <sys/mount.h>
 
-#include "kvpack/command_line.h"
-#include "support/device_root.h"
 #include "support/host.h"
+#include "support/kvpack_fixture.h"
+#include "support/package_builder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Result {
-    int code;
-    std::string out, err;
-};
-
-/// Runs kvpack with blank-separated arguments, of which '' is an empty one.
-Result kvpack(const std::string& line) {
-    std::istringstream words("kvpack " + line);
-    const Lines arguments{std::istream_iterator<std::string>(words), {}};
-    std::vector<const char*> argv;
-    for (const std::string& argument : arguments) argv.push_back(argument == "''" ? "" : argument.c_str());
-    std::ostringstream out;
-    std::ostringstream err;
-    const int code = runKvpack(static_cast<int>(argv.size()), argv.data(), out, err);
-    return {code, out.str(), err.str()};
-}
-
-Result build(const std::string& name, const std::string& more = "") {
-    return kvpack("build --version 7.2 --build-time 1767225600 --keys /keys -o /out/" + name + ".kvp --name " + name +
-                  ' ' + more);
-}
-
-Result bundled(const std::string& members) {
-    return kvpack("bundle --name suite --version 6.48_ab5 --build-time 7 -o /out/suite.kvp " + members);
-}
-
-struct KvpackTest : testing::Test {
-    KvpackTest() {
-        fs::create_directories("/out");
-        for (const std::string name : {"/ed25519.key", "/kcdsa.key"})
-            device.write("/keys" + name, hostFile(SOURCE_FOLDER "/keys/development" + name));
-    }
-
-    DeviceRoot device;
-};
 
 TEST_F(KvpackTest, BuildsWhatTheInstallerTakes) {
     device.write("/tree/bin/hello", "hello");
@@ -82,6 +44,42 @@ TEST_F(KvpackTest, JoinsSignedPackages) {
                   .member(member("m1").arch("").sha1().shortSignature().image("squashfs"))
                   .member(member("m2"))
                   .bytes());
+}
+
+TEST_F(KvpackTest, TakesItsOptionsFromADescriptionFile) {
+    device.write("/tree/b", "2");
+    device.write("/tree/a", "1");
+    device.write("/other/a", "1");
+    device.write("/other/b", "2");
+    device.write("/description",
+                 "[build]\nversion = \"7.2\"\nkeys = \"/keys\"\noutput = \"/out/t.kvp\"\nnote = \"a b\"\n"
+                 "depends = [\"x:7.0\", \"y\"]\nsha1 = true\ntree = \"/tree\"\nname = \"other\"\n");
+    ASSERT_EQ(::setenv("SOURCE_DATE_EPOCH", "1767225600", 1), 0);
+    EXPECT_EQ(kvpack("build --description /description --name t").err, "");
+    ::unsetenv("SOURCE_DATE_EPOCH");
+    const std::string described = device.read("/out/t.kvp");
+    ASSERT_EQ(build("t", "--depends x:7.0 --depends y --sha1 --tree /other").err, "");
+    EXPECT_NE(device.read("/out/t.kvp"), described) << "the note is missing";
+    device.write("/description", "[build]\nnote = \"a b\"\n");
+    ASSERT_EQ(build("t", "--depends x:7.0 --depends y --sha1 --tree /other --description /description").err, "");
+    EXPECT_EQ(device.read("/out/t.kvp"), described);
+}
+
+TEST_F(KvpackTest, LeavesNothingOnAFullDisk) {
+    fs::create_directory("/small");
+    ASSERT_EQ(::mount("none", "/small", "tmpfs", 0, "size=64k"), 0);
+    device.write("/image", std::string(100000, 'i'));
+    const std::string content(100000, 'b');
+    device.write("/big.kvp", package("big").image(content).file("big", content).bytes());
+    for (const std::string command :
+         {"build --name t --version 7.2 --build-time 1 --keys /keys --image /image -o /small/t.kvp",
+          "sign --keys /keys /big.kvp -o /small/t.kvp", "extract /big.kvp /small/t"}) {
+        const auto result = kvpack(command);
+        EXPECT_EQ(result.code, 1) << command;
+        EXPECT_TRUE(result.err.ends_with("No space left on device\n")) << result.err;
+        EXPECT_TRUE(fs::is_empty("/small")) << command;
+    }
+    ASSERT_EQ(::umount("/small"), 0);
 }
 
 TEST_F(KvpackTest, ShowsEveryPart) {
@@ -127,11 +125,12 @@ TEST_F(KvpackTest, FailsInOneLineAndLeavesNothingHalfMade) {
                                       {"suite", package("suite").bytes()}})
         device.write(std::string("/") + name + ".kvp", bytes);
     device.write("/short/ed25519.key", "12");
+    device.write("/odd", "[build]\nwhat = 1\n");
     device.write("/out/t.kvp", "earlier");
     device.write("/out/suite.kvp", "earlier");
     struct Case {
         int code;
-        Result result;
+        KvpackResult result;
         std::string_view named;  // in the message
     };
     for (const auto& [code, result, named] :
@@ -144,6 +143,8 @@ TEST_F(KvpackTest, FailsInOneLineAndLeavesNothingHalfMade) {
           Case{2, build("t", "--flag odd"), "odd"},
           Case{2, build("t", "--what"), "--what"},
           Case{2, build("t", "--tree"), "--tree"},
+          Case{2, build("t", "--description /odd"), "build.what"},
+          Case{2, build("t", "--description /none"), "/none"},
           Case{2, kvpack("build"), "--name"},
           Case{2, kvpack(""), "subcommand"},
           Case{1, build("t", "--tree /none"), "/none"},

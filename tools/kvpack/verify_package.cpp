@@ -1,0 +1,158 @@
+#include "kvpack/verify_package.h"
+
+#include <iomanip>
+#include <iostream>
+#include <optional>
+#include <vector>
+
+#include "kvpack/package_json.h"
+#include "kvpack/package_parts.h"
+#include "kvpack/part_contents.h"
+#include "kvpack/part_order.h"
+#include "kvpack/printable.h"
+#include "kvpack/signature_coverage.h"
+#include "package/package_signature.h"
+
+namespace {
+
+struct Fault {
+    std::uint64_t offset;
+    std::string what;
+};
+
+struct CheckedSignature {
+    std::uint64_t offset;
+    std::string package;  // name and version
+    SignatureVerdict verdict;
+};
+
+struct Findings {
+    std::optional<Fault> fault;  // the first one
+    std::vector<CheckedSignature> signatures;
+    std::vector<ByteRange> ranges;
+};
+
+/// One pass through a file.
+class Verification {
+public:
+    Verification(PackageParts& file, const PublicKeys& keys) : file_(file), keys_(keys), coverage_(file.size()) {}
+
+    Findings run() {
+        checkFileHeader();
+        while (file_.nextPart()) checkPart();
+        const auto cut = file_.cutOff();
+        if (cut) note(*cut, "the file ends inside a part or its header");
+        if (auto missing = order_.finish()) note(cut.value_or(file_.size()), *missing);
+        findings_.ranges = coverage_.finish(file_.size());
+        return std::move(findings_);
+    }
+
+private:
+    /// Parts are checked in the order of the file, so the first fault to be noted is the first of the file.
+    void note(std::uint64_t offset, std::string what) {
+        if (!findings_.fault) findings_.fault = {.offset = offset, .what = std::move(what)};
+    }
+
+    void checkFileHeader() {
+        const PartReader& reader = file_.reader();
+        if (file_.size() < FILE_HEADER_SIZE) return;
+        if (!isPackageMagic(reader.magic())) note(0, "the magic is none of a package");
+        if (reader.packageLength() != file_.size())
+            note(4, "the file header tells of " + std::to_string(reader.packageLength()) + " bytes, and the file has " +
+                        std::to_string(file_.size()));
+    }
+
+    void checkPart() {
+        PartReader& reader = file_.reader();
+        const std::uint64_t start = file_.partStart();
+        const std::uint64_t end = std::min(file_.partEnd(), file_.size());
+        if (auto misplaced = order_.take(reader.partId(), reader.partSize())) note(start, *misplaced);
+        if (file_.partEnd() > file_.size()) {
+            coverage_.takePart(reader.partId(), start, end);
+            return;
+        }
+        const PartContents contents = readPart(reader, keys_);
+        if (contents.fault) note(start + PART_HEADER_SIZE, *contents.fault);
+        if (contents.header) package_ = *contents.header;
+        if (contents.signature) {
+            const int level = signatureLevel(package_);
+            checkVerdict(*contents.signature, level, start + PART_HEADER_SIZE);
+            coverage_.takeSignature(*contents.signature, level, start, end);
+        } else {
+            coverage_.takePart(reader.partId(), start, end);
+        }
+    }
+
+    void checkVerdict(const SignatureVerdict& verdict, int level, std::uint64_t offset) {
+        if (!verdict.isWhole)
+            note(offset, "the signature is shorter than " + std::to_string(SHORT_SIGNATURE_SIZE) + " bytes");
+        else if (!verdict.holds(level))
+            note(offset, verdict.kcdsaHolds ? "the signature holds by EC-KCDSA alone, and this version demands Ed25519"
+                                            : "the signature does not hold");
+        findings_.signatures.push_back({.offset = offset, .package = nameVersion(package_), .verdict = verdict});
+    }
+
+    PackageParts& file_;
+    const PublicKeys& keys_;
+    PartOrder order_;
+    SignatureCoverage coverage_;
+    PackageInfo package_{""};  // the one that the current part belongs to
+    Findings findings_;
+};
+
+const char* coverageText(Coverage coverage) {
+    switch (coverage) {
+        case Coverage::Signed: return "signed";
+        case Coverage::Signature: return "signature";
+        case Coverage::None: break;
+    }
+    return "not covered";
+}
+
+const char* verdictText(const SignatureVerdict& verdict) {
+    if (verdict.ed25519Holds) return "the signature holds by Ed25519";
+    if (verdict.kcdsaHolds) return "the signature holds by EC-KCDSA alone";
+    return "the signature does not hold";
+}
+
+void printText(const Findings& findings, std::ostream& out) {
+    out << "    offset       bytes  coverage     what\n";
+    for (const ByteRange& range : findings.ranges)
+        out << std::setw(10) << range.offset << std::setw(12) << range.size << "  " << std::left << std::setw(13)
+            << coverageText(range.coverage) << std::right << range.what << '\n';
+    for (const auto& [offset, package, verdict] : findings.signatures)
+        out << printable(package) << ": " << verdictText(verdict) << ", over a "
+            << (verdict.usesSha256 ? "SHA-256" : "SHA-1") << " digest\n";
+}
+
+void printJson(const Findings& findings, std::ostream& out) {
+    Json signatures = Json::array();
+    for (const auto& [offset, package, verdict] : findings.signatures) {
+        Json signature{{"offset", offset}, {"package", package}};
+        signature.update(jsonOf(verdict));
+        signatures.push_back(std::move(signature));
+    }
+    Json ranges = Json::array();
+    for (const ByteRange& range : findings.ranges)
+        ranges.push_back({{"offset", range.offset},
+                          {"size", range.size},
+                          {"what", range.what},
+                          {"coverage", coverageText(range.coverage)}});
+    Json fault;
+    if (findings.fault) fault = {{"offset", findings.fault->offset}, {"what", findings.fault->what}};
+    out << jsonText({{"sound", !findings.fault},
+                     {"fault", std::move(fault)},
+                     {"signatures", std::move(signatures)},
+                     {"ranges", std::move(ranges)}});
+}
+
+}  // namespace
+
+Failure verifyPackage(const std::string& path, const PublicKeys& keys, Form form, std::ostream& out) {
+    PackageParts file(path);
+    if (auto failure = file.openFailure()) return failure;
+    const Findings findings = Verification(file, keys).run();
+    form == Form::Json ? printJson(findings, out) : printText(findings, out);
+    if (!findings.fault) return std::nullopt;
+    return path + ": byte " + std::to_string(findings.fault->offset) + ": " + findings.fault->what;
+}
