@@ -1,11 +1,7 @@
-#include <filesystem>
-
 #include "support/kvpack_fixture.h"
 #include "support/package_builder.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 struct PackageFilesTest : KvpackTest {};
 

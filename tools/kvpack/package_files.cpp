@@ -8,6 +8,7 @@
 #include <functional>
 #include <iomanip>
 #include <iostream>
+#include <vector>
 
 #include <sys/stat.h>
 
@@ -82,16 +83,16 @@ Failure writeFile(const fs::path& path, const FileRecord& record, FileRecords& r
 }  // namespace
 
 Failure listFiles(const std::string& path, Form form, std::ostream& out) {
-    Json files = Json::array();
+    std::vector<FileRecord> files;
     auto failure = visitFiles(path, [&](const FileRecord& record, FileRecords&) -> Failure {
         if (form == Form::Json)
-            files.push_back(jsonOf(record));
+            files.push_back(record);
         else
             out << std::oct << std::setw(6) << (record.mode & 07777U) << std::dec << std::setw(11) << record.size
                 << "  " << printable(record.name) << '\n';
         return std::nullopt;
     });
-    if (form == Form::Json && !failure) out << jsonText(files);
+    if (form == Form::Json && !failure) out << filesJson(files);
     return failure;
 }
 

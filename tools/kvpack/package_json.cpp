@@ -2,7 +2,11 @@
 
 #include <cstdio>
 
+#include <nlohmann/json.hpp>
+
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 Json jsonOf(const PackageDependency& entry) {
     Json json{{"name", entry.name}};
@@ -11,15 +15,6 @@ Json jsonOf(const PackageDependency& entry) {
     if (entry.priority != 0) json["priority"] = entry.priority;
     return json;
 }
-
-template <class Items>
-Json arrayOf(const Items& items) {
-    Json array = Json::array();
-    for (const auto& item : items) array.push_back(jsonOf(item));
-    return array;
-}
-
-}  // namespace
 
 Json jsonOf(const FileRecord& record) {
     char mode[8];
@@ -33,22 +28,60 @@ Json jsonOf(const SignatureVerdict& verdict) {
             {"kcdsa", verdict.kcdsaHolds}};
 }
 
-Json jsonOf(const PartContents& contents) {
-    Json json = Json::object();
-    if (contents.header) {
-        json["name"] = contents.header->name;
-        json["version"] = versionText(contents.header->version);
-        json["buildTime"] = contents.header->buildTime;
-        json["flags"] = contents.header->flags;
-    }
-    if (contents.text) json["text"] = *contents.text;
-    if (contents.entries) json["entries"] = arrayOf(*contents.entries);
-    if (contents.files) json["files"] = arrayOf(*contents.files);
-    if (contents.signature) json["signature"] = jsonOf(*contents.signature);
-    if (contents.fault) json["fault"] = *contents.fault;
+Json jsonOf(const CheckedSignature& signature) {
+    Json json{{"offset", signature.offset}, {"package", signature.package}};
+    json.update(jsonOf(signature.verdict));
     return json;
 }
 
-std::string jsonText(const Json& document) {
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+Json jsonOf(const ByteRange& range) {
+    return {{"offset", range.offset},
+            {"size", range.size},
+            {"what", range.what},
+            {"coverage", coverageText(range.coverage)}};
+}
+
+Json jsonOf(const PartContents& part);
+
+template <class Items>
+Json arrayOf(const Items& items) {
+    Json array = Json::array();
+    for (const auto& item : items) array.push_back(jsonOf(item));
+    return array;
+}
+
+Json jsonOf(const PartContents& part) {
+    Json json{{"offset", part.offset}, {"id", part.id}, {"part", partName(part.id)}, {"size", part.size}};
+    if (part.header) {
+        json["name"] = part.header->name;
+        json["version"] = versionText(part.header->version);
+        json["buildTime"] = part.header->buildTime;
+        json["flags"] = part.header->flags;
+    }
+    if (part.text) json["text"] = *part.text;
+    if (part.entries) json["entries"] = arrayOf(*part.entries);
+    if (part.files) json["files"] = arrayOf(*part.files);
+    if (part.signature) json["signature"] = jsonOf(*part.signature);
+    if (part.fault) json["fault"] = *part.fault;
+    return json;
+}
+
+std::string textOf(const Json& document) { return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n'; }
+
+}  // namespace
+
+std::string filesJson(const std::vector<FileRecord>& files) { return textOf(arrayOf(files)); }
+
+std::string findingsJson(const Findings& findings) {
+    Json fault;
+    if (findings.fault) fault = {{"offset", findings.fault->offset}, {"what", findings.fault->what}};
+    return textOf({{"sound", !findings.fault},
+                   {"fault", std::move(fault)},
+                   {"signatures", arrayOf(findings.signatures)},
+                   {"ranges", arrayOf(findings.ranges)}});
+}
+
+std::string packageJson(const std::string& magic, std::uint32_t length, const std::vector<PartContents>& parts,
+                        bool isWhole) {
+    return textOf({{"magic", magic}, {"length", length}, {"parts", arrayOf(parts)}, {"whole", isWhole}});
 }

@@ -1,19 +1,18 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
-
-#include <nlohmann/json.hpp>
+#include <vector>
 
 #include "kvpack/part_contents.h"
+#include "kvpack/verify_findings.h"
 
-/// The JSON forms of what a package holds. Bytes that are no UTF-8 become U+FFFD when they are printed.
-using Json = nlohmann::ordered_json;
+/// The JSON documents that kvpack prints, each with a line end. Bytes that are no UTF-8 become U+FFFD.
 
-Json jsonOf(const FileRecord& record);
-Json jsonOf(const SignatureVerdict& verdict);
+std::string filesJson(const std::vector<FileRecord>& files);
+std::string findingsJson(const Findings& findings);
 
-/// The members of a part's object that tell what is in it.
-Json jsonOf(const PartContents& contents);
-
-/// The text of a document, with a line end.
-std::string jsonText(const Json& document);
+/// magic:  in hexadecimal digits.
+/// length: by the file header, in bytes.
+std::string packageJson(const std::string& magic, std::uint32_t length, const std::vector<PartContents>& parts,
+                        bool isWhole);

@@ -19,9 +19,10 @@ void readHeader(PartReader& reader, PartContents& contents) {
 }
 
 void readText(PartReader& reader, PartContents& contents) {
-    contents.text.emplace(std::min(reader.partSize(), MAX_TEXT_SIZE), '\0');
-    reader.read(contents.text->data(), static_cast<std::streamsize>(contents.text->size()));
-    contents.text->resize(static_cast<std::size_t>(reader.gcount()));
+    std::string text(std::min(reader.partSize(), MAX_TEXT_SIZE), '\0');
+    reader.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(reader.gcount()));
+    contents.text = std::move(text);
     if (reader.partSize() > MAX_TEXT_SIZE) contents.fault = "the text is longer than 1 MiB";
 }
 
@@ -44,6 +45,9 @@ void readFiles(PartReader& reader, PartContents& contents) {
 
 PartContents readPart(PartReader& reader, const PublicKeys& keys) {
     PartContents contents;
+    contents.id = reader.partId();
+    contents.offset = reader.partOffset();
+    contents.size = reader.partSize();
     switch (reader.partId()) {
         case PART_PACKAGE_HEADER:
         case PART_BUNDLE_HEADER: readHeader(reader, contents); break;

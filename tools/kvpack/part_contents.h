@@ -8,8 +8,11 @@
 #include "kvpack/signature_verdict.h"
 #include "package/package_info.h"
 
-/// What a part says. Of the members, the one that suits its id is filled.
+/// A part and what it says. Of the optional members, the one that suits its id is filled.
 struct PartContents {
+    PartId id = PART_END;
+    std::uint32_t offset = 0;  ///< of its payload in the file
+    std::uint32_t size = 0;    ///< of its payload, in bytes
     std::optional<PackageInfo> header;
     std::optional<std::string> text;  ///< at most MAX_TEXT_SIZE bytes of it
     std::optional<std::vector<PackageDependency>> entries;

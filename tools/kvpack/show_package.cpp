@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <vector>
 
 #include "kvpack/package_json.h"
 #include "kvpack/package_parts.h"
@@ -71,29 +72,20 @@ void showAsText(PackageParts& file, std::ostream& out) {
     out << ", " << reader.packageLength() << " bytes by the file header\n"
         << "    offset  id  part                  size\n";
     while (file.nextPart()) {
-        out << std::setw(10) << reader.partOffset() << std::setw(4) << reader.partId() << "  " << std::left
-            << std::setw(16) << partName(reader.partId()) << std::right << std::setw(10) << reader.partSize();
-        printContents(readPart(file.reader(), trustedKeys()), out);
+        const PartContents part = readPart(file.reader(), trustedKeys());
+        out << std::setw(10) << part.offset << std::setw(4) << part.id << "  " << std::left << std::setw(16)
+            << partName(part.id) << std::right << std::setw(10) << part.size;
+        printContents(part, out);
         out << '\n';
     }
     if (file.cutOff()) out << "the file ends inside a part\n";
 }
 
 void showAsJson(PackageParts& file, std::ostream& out) {
+    std::vector<PartContents> parts;
+    while (file.nextPart()) parts.push_back(readPart(file.reader(), trustedKeys()));
     const PartReader& reader = file.reader();
-    Json parts = Json::array();
-    while (file.nextPart()) {
-        Json part{{"offset", reader.partOffset()},
-                  {"id", reader.partId()},
-                  {"part", partName(reader.partId())},
-                  {"size", reader.partSize()}};
-        part.update(jsonOf(readPart(file.reader(), trustedKeys())));
-        parts.push_back(std::move(part));
-    }
-    out << jsonText({{"magic", magicText(reader.magic())},
-                     {"length", reader.packageLength()},
-                     {"parts", std::move(parts)},
-                     {"whole", !file.cutOff()}});
+    out << packageJson(magicText(reader.magic()), reader.packageLength(), parts, !file.cutOff());
 }
 
 }  // namespace
@@ -101,6 +93,9 @@ void showAsJson(PackageParts& file, std::ostream& out) {
 Failure showPackage(const std::string& path, Form form, std::ostream& out) {
     PackageParts file(path);
     if (auto failure = file.openFailure()) return failure;
-    form == Form::Json ? showAsJson(file, out) : showAsText(file, out);
+    if (form == Form::Json)
+        showAsJson(file, out);
+    else
+        showAsText(file, out);
     return std::nullopt;
 }

@@ -5,9 +5,17 @@
 #include "kvpack/part_contents.h"
 #include "package/package_signature.h"
 
+const char* coverageText(Coverage coverage) {
+    switch (coverage) {
+        case Coverage::Signed: return "signed";
+        case Coverage::Signature: return "signature";
+        case Coverage::None: break;
+    }
+    return "not covered";
+}
+
 SignatureCoverage::SignatureCoverage(std::uint64_t fileSize) {
     add(std::min<std::uint64_t>(fileSize, FILE_HEADER_SIZE), "file header", Coverage::None);
-    unsettled_ = ranges_.size();
 }
 
 void SignatureCoverage::takePart(PartId id, std::uint64_t start, std::uint64_t end) {

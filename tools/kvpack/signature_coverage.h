@@ -14,6 +14,8 @@ enum class Coverage {
     None,       ///< anybody could change it
 };
 
+const char* coverageText(Coverage coverage);
+
 struct ByteRange {
     std::uint64_t offset;
     std::uint64_t size;

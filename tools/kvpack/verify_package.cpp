@@ -2,35 +2,16 @@
 
 #include <iomanip>
 #include <iostream>
-#include <optional>
-#include <vector>
 
 #include "kvpack/package_json.h"
 #include "kvpack/package_parts.h"
 #include "kvpack/part_contents.h"
 #include "kvpack/part_order.h"
 #include "kvpack/printable.h"
-#include "kvpack/signature_coverage.h"
+#include "kvpack/verify_findings.h"
 #include "package/package_signature.h"
 
 namespace {
-
-struct Fault {
-    std::uint64_t offset;
-    std::string what;
-};
-
-struct CheckedSignature {
-    std::uint64_t offset;
-    std::string package;  // name and version
-    SignatureVerdict verdict;
-};
-
-struct Findings {
-    std::optional<Fault> fault;  // the first one
-    std::vector<CheckedSignature> signatures;
-    std::vector<ByteRange> ranges;
-};
 
 /// One pass through a file.
 class Verification {
@@ -100,15 +81,6 @@ private:
     Findings findings_;
 };
 
-const char* coverageText(Coverage coverage) {
-    switch (coverage) {
-        case Coverage::Signed: return "signed";
-        case Coverage::Signature: return "signature";
-        case Coverage::None: break;
-    }
-    return "not covered";
-}
-
 const char* verdictText(const SignatureVerdict& verdict) {
     if (verdict.ed25519Holds) return "the signature holds by Ed25519";
     if (verdict.kcdsaHolds) return "the signature holds by EC-KCDSA alone";
@@ -125,34 +97,16 @@ void printText(const Findings& findings, std::ostream& out) {
             << (verdict.usesSha256 ? "SHA-256" : "SHA-1") << " digest\n";
 }
 
-void printJson(const Findings& findings, std::ostream& out) {
-    Json signatures = Json::array();
-    for (const auto& [offset, package, verdict] : findings.signatures) {
-        Json signature{{"offset", offset}, {"package", package}};
-        signature.update(jsonOf(verdict));
-        signatures.push_back(std::move(signature));
-    }
-    Json ranges = Json::array();
-    for (const ByteRange& range : findings.ranges)
-        ranges.push_back({{"offset", range.offset},
-                          {"size", range.size},
-                          {"what", range.what},
-                          {"coverage", coverageText(range.coverage)}});
-    Json fault;
-    if (findings.fault) fault = {{"offset", findings.fault->offset}, {"what", findings.fault->what}};
-    out << jsonText({{"sound", !findings.fault},
-                     {"fault", std::move(fault)},
-                     {"signatures", std::move(signatures)},
-                     {"ranges", std::move(ranges)}});
-}
-
 }  // namespace
 
 Failure verifyPackage(const std::string& path, const PublicKeys& keys, Form form, std::ostream& out) {
     PackageParts file(path);
     if (auto failure = file.openFailure()) return failure;
     const Findings findings = Verification(file, keys).run();
-    form == Form::Json ? printJson(findings, out) : printText(findings, out);
+    if (form == Form::Json)
+        out << findingsJson(findings);
+    else
+        printText(findings, out);
     if (!findings.fault) return std::nullopt;
     return path + ": byte " + std::to_string(findings.fault->offset) + ": " + findings.fault->what;
 }
