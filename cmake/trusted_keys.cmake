@@ -21,6 +21,7 @@ configure_file(src/package/trusted_keys.cpp.in trusted_keys.cpp @ONLY)
 file(READ "${PROJECT_SOURCE_DIR}/keys/development/ed25519.pub" development_key)
 file(READ "${INSTALLER_KEYS}/ed25519.pub" configured_key)
 if(configured_key STREQUAL development_key)
+  set(TRUSTS_DEVELOPMENT_KEYS ON)
   message(WARNING "This build trusts the development keys, whose private halves are public. It must not "
                   "ship: configure with -DINSTALLER_KEYS=<folder> to build with keys of your own.")
 endif()
