@@ -70,7 +70,7 @@ public:
     ///     L <target> <text>     Link
     ///     M <target> <source>   Move and Staged
     ///
-    /// Only the last field of a line may hold blanks.
+    /// Of the fields only the third one may hold blanks.
     void writeManifest(const std::string& path);
 
     /// Adds the ops of a manifest; what was Staged comes back as Move. An unknown letter is skipped. False

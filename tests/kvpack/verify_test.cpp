@@ -87,6 +87,7 @@ TEST_F(VerifyTest, NamesTheFirstFaultAndItsPlace) {
           {package("a").behind(PART_NOTE, "").bytes(), "byte 194: the part note stands behind the signature"},
           {package("a").behind(PART_PACKAGE_HEADER, "").bytes(), "byte 194: a second package follows"},
           {bundle("a").bytes(), "byte 50: the bundle has no members"},
+          {bundle("member").member(member).bytes(), "byte 62: the member has the name of the bundle"},
           {bundle("a").depends("x").member(member).bytes(), "byte 50: the part dependencies has no place here"}}) {
         const auto result = verify(bytes);
         EXPECT_EQ(result.code, 1) << fault;

@@ -54,7 +54,7 @@ private:
         }
         const PartContents contents = readPart(reader, keys_);
         if (contents.fault) note(start + PART_HEADER_SIZE, *contents.fault);
-        if (contents.header) package_ = *contents.header;
+        if (contents.header) takeHeader(*contents.header, start + PART_HEADER_SIZE);
         if (contents.signature) {
             const int level = signatureLevel(package_);
             checkVerdict(*contents.signature, level, start + PART_HEADER_SIZE);
@@ -62,6 +62,14 @@ private:
         } else {
             coverage_.takePart(reader.partId(), start, end);
         }
+    }
+
+    void takeHeader(const PackageInfo& header, std::uint64_t offset) {
+        package_ = header;
+        if (file_.reader().partId() == PART_BUNDLE_HEADER)
+            bundleName_ = header.name;
+        else if (header.name == bundleName_)
+            note(offset, "the member has the name of the bundle");
     }
 
     void checkVerdict(const SignatureVerdict& verdict, int level, std::uint64_t offset) {
@@ -78,6 +86,7 @@ private:
     PartOrder order_;
     SignatureCoverage coverage_;
     PackageInfo package_{""};  // the one that the current part belongs to
+    std::string bundleName_;   // empty outside of a bundle
     Findings findings_;
 };
 
