@@ -88,6 +88,8 @@ TEST(PackageHeader, FailsOnlyWhereTheHeaderOrAListIsCut) {
     const Parsed promising(container({{1, HEADER}, {3, COUNTS[2] + entry("one")}}));
     EXPECT_FALSE(promising.result);
     EXPECT_EQ(promising.info.dependencies.size(), 1U);  // what came stays
+    for (const PartId id : {PART_DEPENDENCIES, PART_PROVIDES, PART_CONFLICTS})
+        EXPECT_FALSE(Parsed(container({{1, HEADER}, {id, "\1"}})).result) << id;
 }
 
 TEST(PackageHeader, BoundsItsTexts) {
@@ -99,6 +101,8 @@ TEST(PackageHeader, BoundsItsTexts) {
         EXPECT_EQ(parsed.result, size <= MAX_TEXT_SIZE) << size;
         EXPECT_EQ(parsed.info.note.size(), size <= MAX_TEXT_SIZE ? size : 0) << size;
     }
+    for (const PartId id : {PART_TEXT24, PART_ARCHITECTURE, PART_TEXT2})
+        EXPECT_FALSE(Parsed(container({{1, HEADER}, {id, std::string(MAX_TEXT_SIZE + 1, 'x')}})).result) << id;
 }
 
 TEST(DependencyText, NamesTheLowerBound) {

@@ -105,6 +105,8 @@ DeviceRoot::DeviceRoot(unsigned flashSize, unsigned ramSize) {
     path_ = path;
     mountTmpfs(path_, 65536);
     for (const char* shown : {"/usr", "/lib", "/lib64", "/proc", "/dev"}) showHostDirectory(path_, shown);
+    // Where programs that count what is reached in them leave their counts (scripts/coverage).
+    if (const char* counts = std::getenv("COVERAGE_FOLDER")) showHostDirectory(path_, counts);
     mountTmpfs(path_ + "/flash", flashSize);
     mountTmpfs(path_ + "/ram", ramSize);
     for (const char* directory : {"/flash/var/pdb", "/rw", "/tmp", "/bin"}) fs::create_directories(path_ + directory);
