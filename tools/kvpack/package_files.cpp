@@ -82,7 +82,7 @@ Failure writeFile(const fs::path& path, const FileRecord& record, FileRecords& r
 
 }  // namespace
 
-Failure listFiles(const std::string& path, Form form, std::ostream& out) {
+Failure listPackageFiles(const std::string& path, Form form, std::ostream& out) {
     std::vector<FileRecord> files;
     auto failure = visitFiles(path, [&](const FileRecord& record, FileRecords&) -> Failure {
         if (form == Form::Json)
@@ -96,7 +96,7 @@ Failure listFiles(const std::string& path, Form form, std::ostream& out) {
     return failure;
 }
 
-Failure extractFiles(const std::string& path, const std::string& directory) {
+Failure extractPackageFiles(const std::string& path, const std::string& directory) {
     std::error_code error;
     if (fs::exists(fs::symlink_status(directory, error)))
         return directory + " is there already: expected a directory to make";

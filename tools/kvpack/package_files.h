@@ -10,8 +10,8 @@
 /// at the signature.
 
 /// Prints one line for each file: permission bits, size in bytes, name.
-[[nodiscard]] Failure listFiles(const std::string& path, Form form, std::ostream& out);
+[[nodiscard]] Failure listPackageFiles(const std::string& path, Form form, std::ostream& out);
 
 /// Writes the files into a directory that must not exist yet. It appears when it is whole, or not at all.
 /// Set-id bits do not come along, as nobody has vouched for the package.
-[[nodiscard]] Failure extractFiles(const std::string& path, const std::string& directory);
+[[nodiscard]] Failure extractPackageFiles(const std::string& path, const std::string& directory);
