@@ -12,7 +12,8 @@ std::string parentPath(const std::string& path) {
 }
 
 void makeDirs(const std::string& path) {
-    if (::mkdir(path.c_str(), 0777) == 0 || errno == EEXIST) return;
+    // For anything but a missing parent there is no help further up: one path can have thousands of parents.
+    if (::mkdir(path.c_str(), 0777) == 0 || errno != ENOENT) return;
     // Ends at "/" or ".", which exist.
     makeDirs(parentPath(path));
     (void)::mkdir(path.c_str(), 0777);

@@ -73,6 +73,15 @@ TEST_F(ChangeJournalTest, StagesBesideTheTargetWhereThereIsRoom) {
     EXPECT_EQ(placeOf("/flash/empty"), "/ram");
 }
 
+TEST_F(ChangeJournalTest, WastesNothingOnAPathThatNoFileCanHave) {
+    std::string endless = "/flash";
+    for (int i = 0; i < 1000000; ++i) endless += "/a";
+    stage(endless);  // in hours, and the commit in terabytes, if each of its parents were tried
+    EXPECT_EQ(placeOf(endless), "/flash");
+    journal.commit(false);
+    EXPECT_EQ(device.tree("/flash").size(), 2U);  // the file and "var/pdb"
+}
+
 TEST_F(ChangeJournalTest, FallsBackToTmpForEmptyFilesOnly) {
     ASSERT_EQ(::umount("/ram"), 0);
     fs::remove("/ram");
