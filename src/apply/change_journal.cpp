@@ -1,7 +1,6 @@
 #include "apply/change_journal.h"
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 
 #include <fcntl.h>
@@ -27,8 +26,7 @@ void removeTemporaryFile(const ChangeOp& op) {
 std::string ChangeJournal::stagingDirectory(const std::string& target, std::uint32_t sizeHint) {
     if (sizeHint == 0) return fileExists("/ram") ? "/ram" : "/tmp";
     if (std::string parent = parentPath(target); parent != stagedParent_) {
-        // No directory has a longer path, and going up from there takes time by the square of the length.
-        existingParent_ = parent.size() < PATH_MAX ? parent : parentPath(parent.substr(0, PATH_MAX + 1));
+        existingParent_ = possibleParent(parent);
         stagedParent_ = std::move(parent);
     }
     struct statfs status;

@@ -1,6 +1,7 @@
 #include "apply/directory_path.h"
 
 #include <cerrno>
+#include <climits>
 
 #include <libgen.h>
 #include <sys/stat.h>
@@ -11,9 +12,13 @@ std::string parentPath(const std::string& path) {
     return ::dirname(copy.data());
 }
 
+std::string possibleParent(const std::string& path) {
+    return path.size() < PATH_MAX ? path : parentPath(path.substr(0, PATH_MAX) + 'x');
+}
+
 void makeDirs(const std::string& path) {
-    // For anything but a missing parent there is no help further up: one path can have thousands of parents.
-    if (::mkdir(path.c_str(), 0777) == 0 || errno != ENOENT) return;
+    if (path.size() > PATH_MAX) return makeDirs(possibleParent(path));
+    if (::mkdir(path.c_str(), 0777) == 0 || errno == EEXIST) return;
     // Ends at "/" or ".", which exist.
     makeDirs(parentPath(path));
     (void)::mkdir(path.c_str(), 0777);

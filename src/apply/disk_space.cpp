@@ -51,7 +51,7 @@ private:
 
     /// Whether the deepest directory on the way to the target that exists is on the device.
     static bool isOnDeviceOf(const std::string& target, dev_t device) {
-        std::string directory = parentPath(target);
+        std::string directory = possibleParent(parentPath(target));
         struct stat status;
         while (::stat(directory.c_str(), &status) != 0) {
             if (directory == "/" || directory == ".") return false;
