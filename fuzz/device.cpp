@@ -119,8 +119,8 @@ int LLVMFuzzerInitialize(int* count, char*** arguments) {
 }
 
 // The sanitizers call these ahead of a report.
-void __asan_on_error() { goBack(); }    // NOLINT(bugprone-reserved-identifier)
-void __ubsan_on_report() { goBack(); }  // NOLINT(bugprone-reserved-identifier)
+void __asan_on_error() { goBack(); }
+void __ubsan_on_report() { goBack(); }
 
 /// In place of the system's: the log is synced in each run, and that would wait for every disk of the machine.
 void sync() noexcept {}
