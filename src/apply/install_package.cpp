@@ -134,7 +134,8 @@ private:
         std::array<char, 4096> piece;
         while (reader_.good() && reader_.partLeft() != 0) {
             db_.showProgress(*package_, reader_);
-            reader_.read(piece.data(), std::min<std::streamsize>(piece.size(), reader_.partLeft()));
+            const auto wanted = std::min<std::uint32_t>(piece.size(), reader_.partLeft());
+            reader_.read(piece.data(), static_cast<std::streamsize>(wanted));
         }
     }
 

@@ -29,7 +29,7 @@ std::string blanks(std::size_t count) { return std::string(count, ' '); }
 /// How many of `width` cells stand for `position` of `total`.
 std::size_t filledCells(std::uint64_t position, std::uint64_t total, std::size_t width) {
     if (total == 0) return 0;
-    return std::min<std::uint64_t>(position * width / total, width);
+    return static_cast<std::size_t>(std::min<std::uint64_t>(position * width / total, width));
 }
 
 }  // namespace

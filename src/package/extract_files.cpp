@@ -27,8 +27,9 @@ CopyResult copyData(InflateStream& records, StagedFile& file, std::uint32_t leng
     std::array<char, 16384> piece;
     while (length != 0) {
         const auto wanted = std::min<std::uint32_t>(length, piece.size());
-        if (!records.read(piece.data(), wanted)) return CopyResult::SourceEnded;
-        if (!file.write(piece.data(), wanted)) return CopyResult::WriteFailed;
+        const auto size = static_cast<std::streamsize>(wanted);
+        if (!records.read(piece.data(), size)) return CopyResult::SourceEnded;
+        if (!file.write(piece.data(), size)) return CopyResult::WriteFailed;
         length -= wanted;
     }
     file.close();

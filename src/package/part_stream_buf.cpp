@@ -111,11 +111,12 @@ std::uint32_t PartStreamBuf::skip(std::uint32_t count) {
 }
 
 std::streamsize PartStreamBuf::xsgetn(char* target, std::streamsize length) {
-    const auto wanted = std::min<std::streamsize>(length, partLeft_);
+    // In 64 bits: a stream size of 32 bits holds no part of 2 GiB.
+    const auto wanted = static_cast<std::size_t>(std::min<std::int64_t>(length, partLeft_));
     if (wanted == 0) return 0;
-    const auto got = feed({reinterpret_cast<std::byte*>(target), static_cast<std::size_t>(wanted)});
+    const auto got = feed({reinterpret_cast<std::byte*>(target), wanted});
     partLeft_ -= got;
-    return got;
+    return static_cast<std::streamsize>(got);
 }
 
 PartStreamBuf::pos_type PartStreamBuf::seekoff(off_type offset, std::ios_base::seekdir from,
@@ -140,7 +141,9 @@ PartStreamBuf::pos_type PartStreamBuf::seekpos(pos_type position, std::ios_base:
     return position;
 }
 
-std::streamsize PartStreamBuf::showmanyc() { return std::min<std::streamsize>(partLeft_, source_.in_avail()); }
+std::streamsize PartStreamBuf::showmanyc() {
+    return static_cast<std::streamsize>(std::min<std::int64_t>(partLeft_, source_.in_avail()));
+}
 
 PartStreamBuf::int_type PartStreamBuf::underflow() { return partLeft_ == 0 ? traits_type::eof() : source_.sgetc(); }
 

@@ -98,6 +98,18 @@ TEST_P(PartReaderTest, EndsWhereTheStreamIsCut) {
     EXPECT_FALSE(read(container({}, UNRECORDED_MAGIC), {}).bad());
 }
 
+TEST_P(PartReaderTest, ReadsFromAPartOf4GiB) {
+    std::string bytes = container({{23, "0123456789"}});
+    bytes.replace(10, 4, 4, '\xFF');  // the size that the part claims
+    PartReader& in = read(bytes, {23});
+    in.nextPart();
+    std::string piece(4, ' ');
+    in.read(piece.data(), 4);
+    EXPECT_EQ(piece, "0123");
+    EXPECT_EQ(in.partLeft(), 0xFFFFFFFB);
+    EXPECT_EQ(readAll(in), "456789");
+}
+
 TEST_P(PartReaderTest, SeeksInsideThePart) {
     PartReader& in = read(container({{2, "--"}, {23, "0123456789"}}), {23});
     in.nextPart();

@@ -14,9 +14,11 @@ struct DirectoryScanTest : testing::Test {
     DirectoryScanTest() { db.arch = "i386"; }
 
     /// The names of the candidates that the directory with this one file gives; the messages stand in `db`.
-    Lines scan(const std::string& file, const std::string& bytes) {
+    /// A hole behind the bytes brings the file to `size`.
+    Lines scan(const std::string& file, const std::string& bytes, std::uintmax_t size = 0) {
         std::filesystem::remove_all("/rw/p");
         device.write("/rw/p/" + file, bytes);
+        if (size != 0) std::filesystem::resize_file("/rw/p/" + file, size);
         return silently(db, [this] {
             candidates.clear();
             scanPackageDirectory("/rw/p/", candidates, db);
@@ -56,6 +58,13 @@ TEST_F(DirectoryScanTest, TakesWholePackagesByTheirSuffix) {
         EXPECT_EQ(scan("x.kvp", broken), Lines{}) << what;
         EXPECT_EQ(db.messages, Lines{"ERROR: broken package x.kvp"}) << what;
     }
+}
+
+TEST_F(DirectoryScanTest, MeasuresFilesAbove2GiB) {
+    std::string bytes = package("a").image("i").bytes();  // nothing behind an image is looked at
+    bytes.replace(4, 4, "\xF8\xFF\xFF\xBF");              // 3 GiB, less the file header
+    EXPECT_EQ(scan("x.kvp", bytes, 0xC0000000), Lines{"a"});
+    EXPECT_EQ(scan("x.kvp", bytes, 0xC0000001), Lines{});
 }
 
 TEST_F(DirectoryScanTest, LeavesOutWhatIsNotForThisDevice) {

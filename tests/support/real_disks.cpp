@@ -13,7 +13,7 @@ namespace {
 unsigned long freeBlocks(const std::string& path) {
     struct statfs status {};
     (void)::statfs(path.c_str(), &status);
-    return status.f_bfree;
+    return static_cast<unsigned long>(status.f_bfree);
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ Failure copyFile(FilesPart& files, const std::string& path, std::uint64_t length
     std::ifstream file(path, std::ios::binary);
     std::array<char, 65536> piece;
     while (file.read(piece.data(), piece.size()), file.gcount() != 0) {
-        const auto got = static_cast<std::uint64_t>(file.gcount());
+        const auto got = static_cast<std::size_t>(file.gcount());
         if (got > length) break;
         files.write({piece.data(), got});
         length -= got;
