@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "platform/file_source.h"
+#include "support/fault_injector.h"
 #include "support/host.h"
 
 namespace {
@@ -122,28 +123,30 @@ DeviceRoot::~DeviceRoot() {
     (void)::rmdir(path_.c_str());
 }
 
-Outcome DeviceRoot::run(Lines arguments, std::string_view input) const {
+Outcome DeviceRoot::run(Lines arguments, std::string_view input, FaultInjector* injector) const {
     arguments.insert(arguments.begin(), "/installer");
-    return execute(std::move(arguments), input);
+    return execute(std::move(arguments), input, injector);
 }
 
-Outcome DeviceRoot::execute(Lines arguments, std::string_view input) const {
+Outcome DeviceRoot::execute(Lines arguments, std::string_view input, FaultInjector* injector) const {
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     UniqueFd in = pipeOf(input);
     UniqueFd out = scratchFile();
     UniqueFd err = scratchFile();
-    const pid_t child = ::fork();
-    if (child == 0) {
+    const auto becomeProgram = [&] {
         for (const auto& [name, value] : environment) (void)::setenv(name.c_str(), value.c_str(), 1);
         (void)::dup2(in.get(), STDIN_FILENO);
         (void)::dup2(out.get(), STDOUT_FILENO);
         (void)::dup2(err.get(), STDERR_FILENO);
         ::execv(argv.front(), argv.data());
         std::_Exit(127);
-    }
+    };
+    const pid_t child = injector != nullptr ? injector->fork(becomeProgram) : ::fork();
+    if (child == 0) becomeProgram();
     in = UniqueFd();  // or who fills the pipe would wait for this process to read it
+    if (injector != nullptr) injector->attend(child);
     const int code = waitFor(child);
     return {.code = code, .out = contentOf(std::move(out)), .err = contentOf(std::move(err))};
 }

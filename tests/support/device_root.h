@@ -7,6 +7,8 @@
 
 #include "support/package_builder.h"
 
+class FaultInjector;
+
 using Lines = std::vector<std::string>;
 
 /// What stands below a directory, by path below it: a file with its content, a symbolic link with "-> " and
@@ -32,11 +34,12 @@ public:
     DeviceRoot& operator=(const DeviceRoot&) = delete;
     ~DeviceRoot();
 
-    /// Runs the installer with the arguments, and with the bytes on a pipe as its standard input.
-    Outcome run(Lines arguments, std::string_view input = {}) const;
+    /// Runs the installer with the arguments, and with the bytes on a pipe as its standard input; with an
+    /// injector under its watch.
+    Outcome run(Lines arguments, std::string_view input = {}, FaultInjector* injector = nullptr) const;
 
     /// Runs any program of the machine or the device; the first argument is its path.
-    Outcome execute(Lines arguments, std::string_view input = {}) const;
+    Outcome execute(Lines arguments, std::string_view input = {}, FaultInjector* injector = nullptr) const;
 
     /// run({"-"}) on a package, which has to go through.
     void install(const PackageBuilder& package) const;
