@@ -9,8 +9,8 @@
 int main() {
     std::cout
         << "calls: those that change files; before: of these in front of the commit; failed, short, killed: points\n"
-           "tried; gone on: failed calls that lost a marker or a state file; left old: kills in the commit that\n"
-           "the next run did not make up for\n\n"
+           "tried; gone on: failed calls that lost a marker, a state file or a mode; left old: kills in the commit\n"
+           "that the next run did not make up for\n\n"
         << std::left << std::setw(52) << "scenario" << std::right;
     for (const char* column : {"calls", "before", "failed", "short", "killed", "gone on", "left old"})
         std::cout << std::setw(9) << column;

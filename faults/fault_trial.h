@@ -29,17 +29,18 @@ public:
     ///
     /// - A short write makes no difference.
     /// - A failed call in front of the commit: the run tells of an error and nothing is changed. The next run
-    ///   ends as if nothing had happened. But see goneOn().
+    ///   ends as if nothing had happened. But see goneOn(), and a manifest that cannot be written is not told of.
     /// - A failed call in the commit: nothing differs but its own target, which is as it was.
-    /// - No failed call leaves a temporary file.
+    /// - No failed call leaves a temporary file, unless it is the one to rename or remove that file, or to write
+    ///   the manifest.
     /// - A kill in front of the commit: nothing is changed but for temporary files. The next run ends as if
     ///   nothing had happened.
     /// - A kill in the commit: each file is wholly old or wholly new, unless it is one of those to be copied.
     ///   The next run ends as if nothing had happened. But see leftOld().
     std::string attempt(std::size_t point, Fault fault);
 
-    /// How many of the failed calls in front of the commit lost a marker or a state file. Those are staged
-    /// without looking whether that works, so that the run goes on without them; nothing else may differ then.
+    /// How many of the failed calls in front of the commit lost a marker, a state file or the mode of a file. Those
+    /// are staged without looking whether that works, so that the run goes on without them; nothing else may differ.
     std::size_t goneOn() const { return goneOn_; }
 
     /// How many of the kills in the commit the next run did not make up for. From where a package's record is
@@ -60,7 +61,8 @@ private:
     bool carryOut(FaultInjector& injector) const;
     bool isOldOrNew(const Tree& flash, const std::string& name) const;
     bool isToBeReached(const std::string& name, std::size_t point) const;
-    std::string checkError(std::size_t point, const std::set<std::string>& targets, const Aftermath& aftermath);
+    std::string checkError(std::size_t point, const FileCall& call, const std::set<std::string>& targets,
+                           const Aftermath& aftermath);
     std::string checkKill(std::size_t point, const Aftermath& aftermath);
     std::string checkTemporaryFiles(const FaultInjector& injector, const FileCall& call, bool isKill,
                                     const Aftermath& aftermath) const;
