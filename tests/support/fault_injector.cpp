@@ -5,20 +5,22 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
-#include <thread>
 
 #include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -99,9 +101,11 @@ void require(bool ok, const char* what) {
     if (!ok) throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
 }
 
-/// From now on each watched call of this thread, and of what it starts, waits for an answer that is given
-/// through the descriptor.
-UniqueFd watchThisThread() {
+/// The number that the listener has in the child: above those in use.
+constexpr int LISTENER = 500;
+
+/// A program for the kernel that asks about each watched call and lets all others through.
+std::vector<sock_filter> watchingFilter() {
     std::vector<sock_filter> filter = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
     const auto ask = [&filter](int number) {
         filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(number), 0, 1));
@@ -110,9 +114,14 @@ UniqueFd watchThisThread() {
     for (const WatchedCall& call : WATCHED_CALLS) ask(call.number);
     ask(SYS_sync);
     filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    const sock_fprog program = {.len = static_cast<unsigned short>(filter.size()), .filter = filter.data()};
-    return UniqueFd(
-        static_cast<int>(::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program)));
+    return filter;
+}
+
+/// A descriptor of another process, for this one as well.
+UniqueFd descriptorOf(const UniqueFd& process, std::uint64_t number) {
+    UniqueFd copy(static_cast<int>(::syscall(SYS_pidfd_getfd, process.get(), number, 0)));
+    require(static_cast<bool>(copy), "pidfd_getfd");
+    return copy;
 }
 
 /// Up to `length` bytes of another process, as far as they are mapped in one piece.
@@ -141,7 +150,9 @@ std::optional<FileCall> fileCall(pid_t process, const seccomp_data& data) {
     if (call->isDescriptor) {
         if (file <= STDERR_FILENO) return std::nullopt;
         const std::string link = "/proc/" + std::to_string(process) + "/fd/" + std::to_string(file);
-        return FileCall{.name = call->name, .path = std::filesystem::read_symlink(link), .source = ""};
+        std::string path = std::filesystem::read_symlink(link);
+        if (!path.starts_with('/')) return std::nullopt;  // a pipe
+        return FileCall{.name = call->name, .path = std::move(path), .source = ""};
     }
     const std::string_view name = call->name;
     if (name == "open" || name == "openat") {
@@ -153,32 +164,25 @@ std::optional<FileCall> fileCall(pid_t process, const seccomp_data& data) {
                     .source = call->source ? pathIn(process, data.args[*call->source]) : ""};
 }
 
-/// Carries out half of a write in the place of the other process. Returns the number of bytes.
-ssize_t writeHalf(pid_t process, const seccomp_data& data) {
-    const UniqueFd handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
-    require(static_cast<bool>(handle), "pidfd_open");
-    const UniqueFd file(static_cast<int>(::syscall(SYS_pidfd_getfd, handle.get(), data.args[0], 0)));
-    require(static_cast<bool>(file), "pidfd_getfd");
-    const std::string half = memoryOf(process, data.args[1], data.args[2] / 2);
-    return ::write(file.get(), half.data(), half.size());
-}
-
 }  // namespace
 
 pid_t FaultInjector::fork(const std::function<void()>& body) {
-    pid_t child = -1;
-    // The filter stays for as long as its thread, and descriptors are those of the process: so a thread of its
-    // own leaves this one unwatched, and the listener within reach of it.
-    std::thread([&] {
-        listener_ = watchThisThread();
-        if (!listener_) return;
-        child = ::fork();
-        if (child == 0) {
-            body();
-            std::_Exit(127);
-        }
-    }).join();
-    require(child > 0, "seccomp");
+    std::vector<sock_filter> filter = watchingFilter();
+    const sock_fprog program = {.len = static_cast<unsigned short>(filter.size()), .filter = filter.data()};
+    const pid_t child = ::fork();
+    if (child == 0) {
+        (void)::prctl(PR_SET_PDEATHSIG, SIGKILL);  // or it would stay stopped if nobody came for the listener
+        const long listener =
+            ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_NEW_LISTENER, &program);
+        (void)::dup3(static_cast<int>(listener), LISTENER, O_CLOEXEC);
+        (void)::raise(SIGSTOP);  // the next watched call may come at once, and needs somebody to answer
+        body();
+        std::_Exit(127);
+    }
+    require(child > 0 && ::waitpid(child, nullptr, WUNTRACED) == child, "fork");
+    process_ = UniqueFd(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+    listener_ = descriptorOf(process_, LISTENER);
+    (void)::kill(child, SIGCONT);
     return child;
 }
 
@@ -189,6 +193,13 @@ void FaultInjector::attend(pid_t child) {
         if (::ioctl(listener_.get(), SECCOMP_IOCTL_NOTIF_RECV, &question) == 0) answer(child, question);
     }
     listener_ = UniqueFd();
+}
+
+/// Carries out half of a write in the place of the other process. Returns the number of bytes.
+ssize_t FaultInjector::writeHalf(pid_t child, const seccomp_data& data) const {
+    const UniqueFd file = descriptorOf(process_, data.args[0]);
+    const std::string half = memoryOf(child, data.args[1], data.args[2] / 2);
+    return ::write(file.get(), half.data(), half.size());
 }
 
 void FaultInjector::answer(pid_t child, const seccomp_notif& question) {

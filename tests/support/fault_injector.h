@@ -10,6 +10,7 @@
 
 #include "platform/unique_fd.h"
 
+struct seccomp_data;
 struct seccomp_notif;
 
 /// A system call that changes files.
@@ -46,9 +47,11 @@ public:
 
 private:
     void answer(pid_t child, const seccomp_notif& question);
+    ssize_t writeHalf(pid_t child, const seccomp_data& data) const;
 
     std::size_t at_;
     Fault fault_;
-    UniqueFd listener_;
+    UniqueFd process_;   // the program
+    UniqueFd listener_;  // through which the kernel asks
     std::vector<FileCall> calls_;
 };
