@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "faults/fault_injector.h"
 #include "faults/scenario.h"
-#include "support/fault_injector.h"
 
 /// What can be tried at a call.
 std::vector<Fault> faultsAt(const FileCall& call);

@@ -16,8 +16,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "faults/fault_injector.h"
 #include "platform/file_source.h"
-#include "support/fault_injector.h"
 #include "support/host.h"
 
 namespace {

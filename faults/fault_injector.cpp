@@ -1,4 +1,4 @@
-#include "support/fault_injector.h"
+#include "faults/fault_injector.h"
 
 #include <algorithm>
 #include <array>
