@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -189,8 +190,9 @@ Tree DeviceRoot::exactTree(const std::string& directory) const {
     for (const auto& [name, content] : tree(directory)) {
         struct stat status {};
         (void)::lstat((directory + '/' + name).c_str(), &status);
-        exact[name] = std::to_string(status.st_mode) + ' ' + std::to_string(status.st_ino) + ' ';
-        exact[name] += content;
+        std::ostringstream text;
+        text << status.st_mode << ' ' << status.st_ino << ' ' << content;
+        exact[name] = text.str();
     }
     return exact;
 }
