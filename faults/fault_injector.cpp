@@ -54,9 +54,11 @@ constexpr WatchedCall WATCHED_CALLS[] = {
     PATH(chmod, 0),
     PATH(chown, 0),
     PATH(lchown, 0),
-    PATH(utime, 0),
     PATH(utimes, 0),
     PATH(futimesat, 1),
+#endif
+#ifdef SYS_utime
+    PATH(utime, 0),
 #endif
 #ifdef SYS_renameat
     PATH(renameat, 3, false, 1),
@@ -198,7 +200,7 @@ void FaultInjector::attend(pid_t child) {
 /// Carries out half of a write in the place of the other process. Returns the number of bytes.
 ssize_t FaultInjector::writeHalf(pid_t child, const seccomp_data& data) const {
     const UniqueFd file = descriptorOf(process_, data.args[0]);
-    const std::string half = memoryOf(child, data.args[1], data.args[2] / 2);
+    const std::string half = memoryOf(child, data.args[1], static_cast<std::size_t>(data.args[2] / 2));
     return ::write(file.get(), half.data(), half.size());
 }
 
