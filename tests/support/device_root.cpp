@@ -189,7 +189,7 @@ Tree DeviceRoot::exactTree(const std::string& directory) const {
     Tree exact;
     for (const auto& [name, content] : tree(directory)) {
         struct stat status {};
-        (void)::lstat((directory + '/' + name).c_str(), &status);
+        (void)::lstat((fs::path(directory) / name).c_str(), &status);
         std::ostringstream text;
         text << status.st_mode << ' ' << status.st_ino << ' ' << content;
         exact[name] = text.str();
